@@ -1,0 +1,43 @@
+// The category record's file layout and the category store.
+#include "category_store.h"
+
+#include "field_codec.h"
+
+#include <cstring>
+
+namespace {
+constexpr std::size_t kLinkAt = 52;
+}
+
+CategoryRecord::CategoryRecord() : next(nullptr) { name[0] = '\0'; }
+
+void CategoryRecord::setName(const char* text) {
+    FieldCodec::copyBounded(name, text, name + sizeof name);
+}
+
+void CategoryRecord::decode(const unsigned char* block) {
+    std::memcpy(name, block, sizeof name);
+    if (std::memchr(name, 0, sizeof name) == nullptr)
+        name[sizeof name - 1] = '\0';
+}
+
+void CategoryRecord::encode(unsigned char* block, bool last) const {
+    FieldCodec::putText(block, name, sizeof name);
+    FieldCodec::putInt32(block + kLinkAt, last ? 0 : 1);
+}
+
+CategoryStore::CategoryStore() : RecordStore("cat.db") {
+    if (!load()) {
+        auto* seed = new CategoryRecord;
+        seed->setName("Unassigned");
+        head = seed;
+    }
+}
+
+CategoryRecord* CategoryStore::find(const char* name) const {
+    for (CategoryRecord* r = head; r != nullptr; r = r->next) {
+        if (std::strcmp(r->name, name) == 0)
+            return r;
+    }
+    return nullptr;
+}

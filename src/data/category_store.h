@@ -1,0 +1,36 @@
+// The category records and their store: the list of names and the "cat.db" file of headerless
+// 56-byte records. A category is only a name; to-dos refer to it by that name.
+#ifndef PINDLE_CATEGORY_STORE_H
+#define PINDLE_CATEGORY_STORE_H
+
+#include "record_store.h"
+
+#include <cstddef>
+
+struct CategoryRecord {
+    static constexpr std::size_t kFileSize = 56;
+
+    char name[52];
+    CategoryRecord* next;
+
+    // An empty name and no successor.
+    CategoryRecord();
+
+    // Bounded by the name field: a longer text is cut to 51 characters.
+    void setName(const char* text);
+
+    void decode(const unsigned char* block);
+    void encode(unsigned char* block, bool last) const;
+};
+
+class CategoryStore : public RecordStore<CategoryRecord> {
+public:
+    // Loads "cat.db"; only when it cannot be opened does the store start with "Unassigned"
+    // (kept in memory until the first save).
+    CategoryStore();
+
+    // The earliest record whose name equals `name` byte for byte, or null.
+    CategoryRecord* find(const char* name) const;
+};
+
+#endif

@@ -1,0 +1,23 @@
+// Byte-level helpers for the fixed-size records: big-endian integers written byte by byte
+// whatever the host, bounded text copies, and string fields written with zeros after the end.
+#ifndef PINDLE_FIELD_CODEC_H
+#define PINDLE_FIELD_CODEC_H
+
+#include <cstddef>
+
+namespace FieldCodec {
+
+void putInt32(unsigned char* out, int value);
+int getInt32(const unsigned char* in);
+
+// Copies text into dest and terminates it, never touching limit or anything past it (limit is
+// one past the last byte the copy may use). Text that does not fit is cut.
+void copyBounded(char* dest, const char* text, const char* limit);
+
+// Writes a string field of `size` bytes: its bytes up to and including the terminator, then
+// zeros. A field without a terminator is written whole.
+void putText(unsigned char* out, const char* field, std::size_t size);
+
+} // namespace FieldCodec
+
+#endif

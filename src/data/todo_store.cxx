@@ -1,0 +1,79 @@
+// The to-do record's file layout and the to-do store.
+#include "todo_store.h"
+
+#include "field_codec.h"
+
+#include <cstring>
+
+namespace {
+constexpr std::size_t kCompletedAt = 16;
+constexpr std::size_t kCategoryAt = 17;
+constexpr std::size_t kDescriptionAt = 67;
+constexpr std::size_t kNotesAt = 117;
+constexpr std::size_t kLinkAt = 32120;
+} // namespace
+
+// The record's text fields must sit where the file has them, relative to the record start.
+static_assert(offsetof(TodoRecord, category) == kCategoryAt, "category offset");
+static_assert(offsetof(TodoRecord, description) == kDescriptionAt, "description offset");
+static_assert(offsetof(TodoRecord, notes) == kNotesAt, "notes offset");
+
+TodoRecord::TodoRecord() : month(0), day(0), year(0), priority(0), completed(0), next(nullptr) {
+    category[0] = '\0';
+    description[0] = '\0';
+    notes[0] = '\0';
+}
+
+char* TodoRecord::textField(std::size_t offset) { return reinterpret_cast<char*>(this) + offset; }
+
+const char* TodoRecord::textEnd() const { return notes + sizeof notes; }
+
+void TodoRecord::setCategory(const char* text) {
+    FieldCodec::copyBounded(textField(kCategoryAt), text, textEnd());
+}
+
+void TodoRecord::setDescription(const char* text) {
+    FieldCodec::copyBounded(textField(kDescriptionAt), text, textEnd());
+}
+
+void TodoRecord::setNotes(const char* text) {
+    FieldCodec::copyBounded(textField(kNotesAt), text, textEnd());
+}
+
+void TodoRecord::decode(const unsigned char* block) {
+    month = FieldCodec::getInt32(block);
+    day = FieldCodec::getInt32(block + 4);
+    year = FieldCodec::getInt32(block + 8);
+    priority = FieldCodec::getInt32(block + 12);
+    completed = block[kCompletedAt];
+    std::memcpy(textField(kCategoryAt), block + kCategoryAt, kLinkAt - 3 - kCategoryAt);
+    // Every string read from the record must end inside it, whatever the file held.
+    if (std::memchr(notes, 0, sizeof notes) == nullptr)
+        notes[sizeof notes - 1] = '\0';
+}
+
+void TodoRecord::encode(unsigned char* block, bool last) const {
+    FieldCodec::putInt32(block, month);
+    FieldCodec::putInt32(block + 4, day);
+    FieldCodec::putInt32(block + 8, year);
+    FieldCodec::putInt32(block + 12, priority);
+    block[kCompletedAt] = completed;
+    FieldCodec::putText(block + kCategoryAt, category, sizeof category);
+    FieldCodec::putText(block + kDescriptionAt, description, sizeof description);
+    FieldCodec::putText(block + kNotesAt, notes, sizeof notes);
+    std::memset(block + kNotesAt + sizeof notes, 0, kLinkAt - kNotesAt - sizeof notes);
+    // Readers ignore the link slot; only "zero in the last record" is meaningful.
+    FieldCodec::putInt32(block + kLinkAt, last ? 0 : 1);
+}
+
+TodoStore::TodoStore() : RecordStore("pindle_todo.db") { load(); }
+
+void TodoStore::purgeCompleted() {
+    TodoRecord* r = head;
+    while (r != nullptr) {
+        TodoRecord* following = r->next;
+        if (r->completed != 0)
+            remove(r);
+        r = following;
+    }
+}

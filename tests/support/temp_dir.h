@@ -1,0 +1,44 @@
+// Test helper: runs each test in a fresh, private working directory (the stores use the current
+// directory) and reads or writes whole files as bytes.
+#ifndef PINDLE_TEST_TEMP_DIR_H
+#define PINDLE_TEST_TEMP_DIR_H
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <unistd.h>
+
+class TempDirTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        char pattern[] = "/tmp/pindle_test_XXXXXX";
+        ASSERT_NE(mkdtemp(pattern), nullptr);
+        dir_ = pattern;
+        previous_ = std::filesystem::current_path();
+        std::filesystem::current_path(dir_);
+    }
+    void TearDown() override {
+        std::filesystem::current_path(previous_);
+        std::filesystem::remove_all(dir_);
+    }
+
+    static std::string readFile(const std::string& name) {
+        std::ifstream in(name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    }
+    static void writeFile(const std::string& name, const std::string& bytes) {
+        std::ofstream(name, std::ios::binary) << bytes;
+    }
+    static bool exists(const std::string& name) { return std::filesystem::exists(name); }
+
+    std::filesystem::path dir_;
+
+private:
+    std::filesystem::path previous_;
+};
+
+#endif
