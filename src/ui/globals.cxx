@@ -1,6 +1,9 @@
-// Definitions of the global objects. Their order here is their construction order: the stores
-// load their files before any window exists.
+// Definitions of the global objects. Their order here is their construction order; none of
+// their constructors looks at another, and the stores are loaded before any window exists.
 #include "globals.h"
 
+AboutDialog aboutDialog;
 TodoStore todoStore;
 CategoryStore categoryStore;
+CategoryDialog categoryDialog;
+EntryDialog entryDialog;

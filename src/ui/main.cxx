@@ -1,4 +1,14 @@
-// Program entry. The data files were loaded while the globals were built.
+// Program entry: the globals are built and the data files loaded before main runs; main builds
+// the main window and runs the event loop until the last window closes.
 #include "globals.h"
+#include "todo_window.h"
 
-int main() { return 0; }
+#include <FL/Fl.H>
+
+// Read by the system's version command; kept in the binary although nothing refers to it.
+[[gnu::used]] static const char kVersionTag[] = "$VER:pindle_todo 1.5b 23-May-2005";
+
+int main() {
+    TodoWindow todoWindow;
+    return Fl::run();
+}

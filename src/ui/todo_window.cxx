@@ -1,0 +1,344 @@
+// The main window: construction, and the handlers of both tabs and of the edit dialogs.
+// Every change is made in memory, written to its file at once, and the affected list rebuilt.
+#include "todo_window.h"
+
+#include "cal_date.h"
+#include "category_dialog.h"
+#include "entry_dialog.h"
+#include "globals.h"
+#include "todo_line.h"
+
+#include <FL/Fl_Browser.H>
+#include <FL/Fl_Button.H>
+#include <FL/Fl_Check_Button.H>
+#include <FL/Fl_Choice.H>
+#include <FL/Fl_Double_Window.H>
+#include <FL/Fl_Group.H>
+#include <FL/Fl_Input.H>
+#include <FL/Fl_Output.H>
+#include <FL/Fl_Tabs.H>
+#include <FL/Fl_Text_Buffer.H>
+#include <FL/Fl_Value_Input.H>
+#include <FL/fl_ask.H>
+
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+// The browser keeps this pointer, so the widths must live as long as the program.
+const int kTodoColumnWidths[] = {20, 100, 100, 100, 0};
+
+// fl_ask is deprecated for its "Yes"/"No" buttons, which are exactly the buttons wanted here.
+bool confirm(const char* question) {
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+    return fl_ask("%s", question) == 1;
+#pragma GCC diagnostic pop
+}
+
+// An empty choice has no selected entry and no text.
+const char* selectedText(const Fl_Choice* choice) {
+    const char* text = choice->text();
+    return text != nullptr ? text : "";
+}
+
+// Selects the first plain entry whose text is `name`; submenu titles and their ends, which
+// Fl_Menu_::add makes of names holding "/", never match.
+void selectByText(Fl_Choice* choice, const char* name) {
+    const Fl_Menu_Item* items = choice->menu();
+    for (int i = 0; i < choice->size(); i++) {
+        const char* label = items[i].label();
+        if (label != nullptr && !items[i].submenu() && std::strcmp(label, name) == 0) {
+            choice->value(i);
+            return;
+        }
+    }
+}
+
+template <class Record> Record* selectedRecord(const Fl_Browser* browser) {
+    int line = browser->value();
+    return line == 0 ? nullptr : static_cast<Record*>(browser->data(line));
+}
+} // namespace
+
+template <void (TodoWindow::*Handler)()> void TodoWindow::fromWindow(Fl_Widget* w, void*) {
+    (static_cast<TodoWindow*>(w->window()->user_data())->*Handler)();
+}
+
+template <void (TodoWindow::*Handler)()> void TodoWindow::fromUserData(Fl_Widget*, void* self) {
+    (static_cast<TodoWindow*>(self)->*Handler)();
+}
+
+void TodoWindow::showAbout(Fl_Widget*, void*) { aboutDialog.show(); }
+
+TodoWindow::TodoWindow() {
+    window = new Fl_Double_Window(640, 480, "To Do List");
+    window->user_data(this);
+    window->align(Fl_Align(FL_ALIGN_TOP | FL_ALIGN_TEXT_OVER_IMAGE));
+    buildTopStrip();
+    tabs = new Fl_Tabs(5, 25, 630, 455);
+    tabs->callback(fromWindow<&TodoWindow::tabChanged>);
+    buildTodoTab();
+    buildCategoryTab();
+    tabs->end();
+    window->end();
+    window->resizable(window);
+    window->show();
+    wireDialogs();
+    showCompletedButton->value(0);
+    // The filter choice is still empty here, which means no filter.
+    fillTodoBrowser();
+    fillCategoryChoice();
+    fillCategoryBrowser();
+    todoBrowser->column_widths(kTodoColumnWidths);
+    todoBrowser->column_char('\t');
+}
+
+void TodoWindow::buildTopStrip() {
+    showCompletedButton = new Fl_Check_Button(280, 5, 25, 25, "&Show Completed");
+    showCompletedButton->down_box(FL_DOWN_BOX);
+    showCompletedButton->align(FL_ALIGN_LEFT);
+    showCompletedButton->when(FL_WHEN_CHANGED);
+    showCompletedButton->callback(fromWindow<&TodoWindow::fillTodoBrowser>);
+    todayOutput = new Fl_Output(400, 5, 95, 25, "Today's Date:");
+    todayOutput->deactivate();
+    purgeButton = new Fl_Button(500, 5, 60, 25, "&Purge");
+    purgeButton->callback(fromWindow<&TodoWindow::purgeTodos>);
+    aboutButton = new Fl_Button(565, 5, 60, 25, "&About");
+    aboutButton->callback(showAbout);
+}
+
+// Created New, Delete, Edit, then the filter, whatever their places on screen: this is also
+// the order in which Tab moves the focus.
+void TodoWindow::buildTodoTab() {
+    todoGroup = new Fl_Group(5, 50, 620, 430, "Todo List");
+    // Hidden, so the tabs open on the category tab.
+    todoGroup->hide();
+    todoBrowser = new Fl_Browser(15, 110, 605, 365, "To-Do List");
+    todoBrowser->type(FL_HOLD_BROWSER);
+    todoBrowser->align(FL_ALIGN_TOP_LEFT);
+    todoBrowser->when(FL_WHEN_NOT_CHANGED);
+    todoBrowser->callback(fromWindow<&TodoWindow::editTodo>);
+    newTodoButton = new Fl_Button(450, 65, 50, 25, "&New");
+    newTodoButton->callback(fromWindow<&TodoWindow::newTodo>);
+    deleteTodoButton = new Fl_Button(565, 65, 55, 25, "&Delete");
+    deleteTodoButton->callback(fromWindow<&TodoWindow::deleteTodo>);
+    editTodoButton = new Fl_Button(510, 65, 45, 25, "&Edit");
+    editTodoButton->callback(fromWindow<&TodoWindow::editTodo>);
+    categoryFilter = new Fl_Choice(75, 65, 345, 25, "Ca&tegory:");
+    categoryFilter->down_box(FL_BORDER_BOX);
+    categoryFilter->callback(fromWindow<&TodoWindow::fillTodoBrowser>);
+    todoGroup->end();
+}
+
+void TodoWindow::buildCategoryTab() {
+    categoryGroup = new Fl_Group(10, 55, 610, 423, "Category");
+    categoryBrowser = new Fl_Browser(80, 105, 435, 280, "Category List");
+    categoryBrowser->type(FL_HOLD_BROWSER);
+    categoryBrowser->align(FL_ALIGN_TOP_LEFT);
+    categoryBrowser->when(FL_WHEN_NOT_CHANGED);
+    categoryBrowser->callback(fromWindow<&TodoWindow::editCategory>);
+    newCategoryButton = new Fl_Button(360, 420, 65, 25, "&New");
+    newCategoryButton->callback(fromWindow<&TodoWindow::newCategory>);
+    editCategoryButton = new Fl_Button(435, 420, 65, 25, "&Edit");
+    editCategoryButton->callback(fromWindow<&TodoWindow::editCategory>);
+    deleteCategoryButton = new Fl_Button(510, 420, 65, 25, "&Delete");
+    deleteCategoryButton->callback(fromWindow<&TodoWindow::deleteCategory>);
+    categoryGroup->end();
+}
+
+void TodoWindow::wireDialogs() {
+    entryDialog.cancelButton->callback(fromUserData<&TodoWindow::cancelTodo>, this);
+    entryDialog.saveButton->callback(fromUserData<&TodoWindow::saveTodo>, this);
+    categoryDialog.cancelButton->callback(fromUserData<&TodoWindow::cancelCategory>, this);
+    categoryDialog.saveButton->callback(fromUserData<&TodoWindow::saveCategory>, this);
+}
+
+void TodoWindow::fillTodoBrowser() {
+    int month = 0, day = 0, year = 0;
+    CalDate::today(month, day, year);
+    int todayNumber = CalDate::dayNumber(month, day, year);
+    todoBrowser->clear();
+    showToday();
+    bool filtered = categoryFilter->value() > 0;
+    const char* filter = selectedText(categoryFilter);
+    for (int i = 0; i < todoStore.count(); i++) {
+        TodoRecord* r = todoStore.at(i);
+        if (filtered && std::strcmp(filter, r->category) != 0)
+            continue;
+        TodoLine::Form form = TodoLine::formOf(*r, todayNumber);
+        if (form == TodoLine::Form::Completed && showCompletedButton->value() != 1)
+            continue;
+        char line[TodoLine::kLineSize];
+        TodoLine::format(*r, form, line);
+        placeLine(r, line);
+    }
+}
+
+void TodoWindow::placeLine(TodoRecord* record, const char* line) {
+    for (int j = 1; j <= todoBrowser->size(); j++) {
+        if (TodoLine::goesBefore(*record, *static_cast<TodoRecord*>(todoBrowser->data(j)))) {
+            todoBrowser->insert(j, line, record);
+            return;
+        }
+    }
+    todoBrowser->add(line, record);
+}
+
+void TodoWindow::showToday() {
+    int month = 0, day = 0, year = 0;
+    CalDate::today(month, day, year);
+    char text[256];
+    CalDate::format(month, day, year, text);
+    todayOutput->value(text);
+}
+
+void TodoWindow::fillCategoryChoice() {
+    categoryFilter->clear();
+    categoryFilter->add("All");
+    int count = categoryStore.count();
+    for (int i = 0; i < count; i++)
+        categoryFilter->add(categoryStore.at(i)->name);
+    categoryFilter->value(0);
+}
+
+// Gives to-dos of vanished categories "Unassigned" and always saves. The list is rebuilt with
+// the filter as it was; only then does the choice fall back to "All".
+void TodoWindow::tabChanged() {
+    int count = todoStore.count();
+    for (int i = 0; i < count; i++) {
+        TodoRecord* r = todoStore.at(i);
+        if (categoryStore.find(r->category) == nullptr)
+            r->setCategory("Unassigned");
+    }
+    todoStore.save();
+    fillTodoBrowser();
+    fillCategoryChoice();
+}
+
+void TodoWindow::newTodo() {
+    entryDialog.clear();
+    entryDialog.setEditing(0);
+    entryDialog.setToday();
+    entryDialog.loadCategories();
+    entryDialog.show();
+}
+
+void TodoWindow::editTodo() {
+    TodoRecord* r = selectedRecord<TodoRecord>(todoBrowser);
+    if (r == nullptr)
+        return;
+    entryDialog.monthInput->value(r->month);
+    entryDialog.dayInput->value(r->day);
+    entryDialog.yearInput->value(r->year);
+    entryDialog.priorityChoice->value(r->priority);
+    entryDialog.descriptionInput->value(r->description);
+    entryDialog.completeButton->value(r->completed);
+    entryDialog.notesBuffer.remove(0, entryDialog.notesBuffer.length());
+    entryDialog.notesBuffer.insert(0, r->notes);
+    entryDialog.loadCategories();
+    entryDialog.categoryChoice->value(0);
+    selectByText(entryDialog.categoryChoice, r->category);
+    entryDialog.updateWeekday();
+    entryDialog.setEditing(1);
+    entryDialog.show();
+}
+
+void TodoWindow::fillRecord(TodoRecord* record) {
+    record->month = static_cast<int>(entryDialog.monthInput->value());
+    record->day = static_cast<int>(entryDialog.dayInput->value());
+    record->year = static_cast<int>(entryDialog.yearInput->value());
+    record->priority = entryDialog.priorityChoice->value();
+    record->completed = entryDialog.completeButton->value() != 0 ? 1 : 0;
+    // In this order: each copy may end on the first byte of the next field.
+    record->setCategory(selectedText(entryDialog.categoryChoice));
+    record->setDescription(entryDialog.descriptionInput->value());
+    char* notes = entryDialog.notesBuffer.text_range(0, TodoRecord::kNotesMax);
+    record->setNotes(notes);
+    std::free(notes);
+}
+
+void TodoWindow::saveTodo() {
+    if (entryDialog.editing() == 0) {
+        auto* record = new TodoRecord;
+        fillRecord(record);
+        record->next = nullptr;
+        todoStore.append(record);
+    } else if (TodoRecord* r = selectedRecord<TodoRecord>(todoBrowser)) {
+        fillRecord(r);
+    }
+    entryDialog.window->hide();
+    todoStore.save();
+    fillTodoBrowser();
+}
+
+void TodoWindow::cancelTodo() { entryDialog.window->hide(); }
+
+void TodoWindow::deleteTodo() {
+    TodoRecord* r = selectedRecord<TodoRecord>(todoBrowser);
+    if (r == nullptr || !confirm("Do you really want to delete the To-Do Item?"))
+        return;
+    todoStore.remove(r);
+    fillTodoBrowser();
+    todoStore.save();
+}
+
+void TodoWindow::purgeTodos() {
+    if (!confirm("Do you really want to purge all completed to-do records?"))
+        return;
+    todoStore.purgeCompleted();
+    todoStore.save();
+    fillTodoBrowser();
+}
+
+void TodoWindow::fillCategoryBrowser() {
+    categoryBrowser->clear();
+    for (int i = 0; i < categoryStore.count(); i++) {
+        CategoryRecord* r = categoryStore.at(i);
+        categoryBrowser->add(r->name, r);
+    }
+}
+
+void TodoWindow::newCategory() {
+    categoryDialog.clear();
+    categoryDialog.setEditing(0);
+    categoryDialog.show();
+}
+
+void TodoWindow::editCategory() {
+    CategoryRecord* r = selectedRecord<CategoryRecord>(categoryBrowser);
+    if (r == nullptr)
+        return;
+    categoryDialog.nameInput->value(r->name);
+    categoryDialog.setEditing(1);
+    categoryDialog.show();
+}
+
+void TodoWindow::saveCategory() {
+    if (categoryDialog.editing() == 0) {
+        auto* record = new CategoryRecord;
+        record->setName(categoryDialog.nameInput->value());
+        categoryStore.append(record);
+    } else if (CategoryRecord* r = selectedRecord<CategoryRecord>(categoryBrowser)) {
+        r->setName(categoryDialog.nameInput->value());
+    }
+    categoryDialog.window->hide();
+    categoryStore.save();
+    fillCategoryBrowser();
+}
+
+void TodoWindow::cancelCategory() { categoryDialog.window->hide(); }
+
+// The question comes before the refusal of "Unassigned": the user answers, then is told no.
+void TodoWindow::deleteCategory() {
+    CategoryRecord* r = selectedRecord<CategoryRecord>(categoryBrowser);
+    if (r == nullptr || !confirm("Do you really want to delete the category Item?"))
+        return;
+    if (std::strcmp(r->name, "Unassigned") == 0) {
+        fl_alert("You can not delete the Unassigned category!");
+        return;
+    }
+    categoryStore.remove(r);
+    fillCategoryBrowser();
+    categoryStore.save();
+}

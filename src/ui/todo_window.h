@@ -1,0 +1,75 @@
+// The main window: the top strip, the to-do tab and the category tab, and every handler that
+// ties those widgets and the two edit dialogs to the stores.
+#ifndef PINDLE_TODO_WINDOW_H
+#define PINDLE_TODO_WINDOW_H
+
+class Fl_Browser;
+class Fl_Button;
+class Fl_Check_Button;
+class Fl_Choice;
+class Fl_Double_Window;
+class Fl_Group;
+class Fl_Output;
+class Fl_Tabs;
+class Fl_Widget;
+struct TodoRecord;
+
+class TodoWindow {
+public:
+    // Builds and shows the window, wires the dialogs' Save and Cancel buttons, fills the lists.
+    TodoWindow();
+
+    // To-do tab.
+    void fillTodoBrowser();
+    void showToday();
+    void tabChanged();
+    void newTodo();
+    void editTodo();
+    void saveTodo();
+    void cancelTodo();
+    void deleteTodo();
+    void purgeTodos();
+    void fillCategoryChoice();
+
+    // Category tab.
+    void fillCategoryBrowser();
+    void newCategory();
+    void editCategory();
+    void saveCategory();
+    void cancelCategory();
+    void deleteCategory();
+
+    Fl_Double_Window* window;
+    Fl_Check_Button* showCompletedButton;
+    Fl_Output* todayOutput;
+    Fl_Button* purgeButton;
+    Fl_Button* aboutButton;
+    Fl_Tabs* tabs;
+    Fl_Group* todoGroup;
+    Fl_Browser* todoBrowser;
+    Fl_Button* newTodoButton;
+    Fl_Button* deleteTodoButton;
+    Fl_Button* editTodoButton;
+    Fl_Choice* categoryFilter;
+    Fl_Group* categoryGroup;
+    Fl_Browser* categoryBrowser;
+    Fl_Button* newCategoryButton;
+    Fl_Button* editCategoryButton;
+    Fl_Button* deleteCategoryButton;
+
+private:
+    void buildTopStrip();
+    void buildTodoTab();
+    void buildCategoryTab();
+    void wireDialogs();
+    void placeLine(TodoRecord* record, const char* line);
+    void fillRecord(TodoRecord* record);
+
+    // Widgets of the main window find it through their window's user data; the dialogs'
+    // buttons carry it as their own user data.
+    template <void (TodoWindow::*Handler)()> static void fromWindow(Fl_Widget* w, void*);
+    template <void (TodoWindow::*Handler)()> static void fromUserData(Fl_Widget*, void* self);
+    static void showAbout(Fl_Widget*, void*);
+};
+
+#endif
