@@ -3,7 +3,7 @@
 set -euo pipefail
 
 packages=(cmake g++ make pkg-config libfltk1.3-dev libgtest-dev libgmock-dev
-          xvfb xauth xdotool x11-apps x11-utils)
+          xvfb xauth xdotool x11-apps x11-utils python3)
 packages+=("$@")
 
 missing=()

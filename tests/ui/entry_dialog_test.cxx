@@ -12,6 +12,8 @@
 #include <FL/Fl_Output.H>
 #include <FL/Fl_Value_Input.H>
 
+#include <cstdlib>
+
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -91,7 +93,9 @@ TEST_F(EntryDialogTest, EditLoadsTheSelectedRecordAndSaveWritesInPlace) {
     EXPECT_EQ(entryDialog.priorityChoice->value(), 3);
     EXPECT_STREQ(entryDialog.categoryChoice->text(), "Work");
     EXPECT_STREQ(entryDialog.descriptionInput->value(), "first");
-    EXPECT_STREQ(entryDialog.notesBuffer.text(), "old notes");
+    char* notes = entryDialog.notesBuffer.text();
+    EXPECT_STREQ(notes, "old notes");
+    std::free(notes);
 
     entryDialog.descriptionInput->value("changed");
     entryDialog.saveButton->do_callback();
