@@ -3,7 +3,8 @@
 set -euo pipefail
 
 packages=(cmake g++ make pkg-config libfltk1.3-dev libgtest-dev libgmock-dev
-          xvfb xauth xdotool x11-apps x11-utils python3)
+          xvfb xauth xdotool x11-apps x11-utils
+          desktop-file-utils appstream man-db groff-base librsvg2-bin python3 python3-icalendar)
 packages+=("$@")
 
 missing=()

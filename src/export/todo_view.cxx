@@ -1,0 +1,45 @@
+// Reading a to-do record for export without running past its fields.
+#include "todo_view.h"
+
+#include "cal_date.h"
+#include "utf8_text.h"
+
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+// A full-length category or description has no terminator of its own (it sits in the next
+// field), so the field size is the hard limit.
+template <std::size_t N> std::string fieldText(const char (&field)[N]) {
+    return Utf8Text::fromBytes(field, strnlen(field, N));
+}
+
+} // namespace
+
+TodoView::TodoView(const TodoRecord& record)
+    : record_(record), category_(fieldText(record.category)),
+      description_(fieldText(record.description)), notes_(fieldText(record.notes)) {}
+
+bool TodoView::hasDate() const {
+    const TodoRecord& r = record_;
+    if (r.month < 1 || r.month > 12 || r.year < 1 || r.year > 9999)
+        return false;
+    return r.day >= 1 && r.day <= CalDate::daysInMonth(r.month, r.year);
+}
+
+std::string TodoView::formatDate(const char* pattern) const {
+    if (!hasDate())
+        return {};
+    char text[16];
+    std::snprintf(text, sizeof text, pattern, record_.year, record_.month, record_.day);
+    return text;
+}
+
+std::string TodoView::isoDate() const {
+    return formatDate("%04d-%02d-%02d");
+}
+
+std::string TodoView::basicDate() const {
+    return formatDate("%04d%02d%02d");
+}

@@ -1,0 +1,29 @@
+#!/bin/sh
+# Installs the build into a DESTDIR staging folder and checks that every installed file is
+# there, the programs and launcher executable and the icon a 48x48 PNG.
+# Usage: install_test.sh CMAKE BUILD_DIR APP_ID
+set -eu
+cmake=$1 build=$2 app_id=$3
+stage=$(mktemp -d)
+trap 'rm -rf "$stage"' EXIT
+
+DESTDIR=$stage "$cmake" --install "$build" --prefix /usr/local >/dev/null
+root=$stage/usr/local
+status=0
+for f in bin/pindle_todo bin/pindle_todo-launcher bin/pindle_export; do
+  [ -x "$root/$f" ] || { echo "missing or not executable: $f"; status=1; }
+done
+for f in share/applications/$app_id.desktop share/metainfo/$app_id.metainfo.xml \
+         share/icons/hicolor/scalable/apps/pindle_todo.svg \
+         share/icons/hicolor/48x48/apps/pindle_todo.png \
+         share/man/man1/pindle_todo.1 share/man/man1/pindle_export.1; do
+  [ -s "$root/$f" ] || { echo "missing or empty: $f"; status=1; }
+done
+png=$root/share/icons/hicolor/48x48/apps/pindle_todo.png
+# The PNG signature, then the IHDR chunk whose first eight bytes are width and height.
+header=$(od -An -tx1 -N24 "$png" | tr -d ' \n')
+case $header in
+89504e470d0a1a0a0000000d49484452000000300000003*) ;;
+*) echo "not a 48x48 PNG: $header"; status=1 ;;
+esac
+exit $status
