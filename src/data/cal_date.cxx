@@ -1,5 +1,7 @@
 // Calendar arithmetic: the Julian Day Number and its inverse (Fliegel and Van Flandern), and
 // the month and year rules of the date buttons. All divisions truncate toward zero, as C++'s do.
+// Intermediates are 64-bit so that the absurd dates a damaged file may hold cannot overflow;
+// results are brought back to 32 bits, wrapping, and are exact for every real date.
 #include "cal_date.h"
 
 #include <cstdio>
@@ -8,26 +10,33 @@
 const int CalDate::daysBeforeMonth[14] = {0,   0,   31,  59,  90,  120, 151,
                                           181, 212, 243, 273, 304, 334, 365};
 
+namespace {
+using Wide = long long;
+
+int narrow(Wide value) { return static_cast<int>(static_cast<unsigned int>(value)); }
+} // namespace
+
 int CalDate::dayNumber(int month, int day, int year) {
-    if (month <= 2) {
-        year = year - 1;
-        month = month + 12;
+    Wide m = month;
+    Wide y = year;
+    if (m <= 2) {
+        y = y - 1;
+        m = m + 12;
     }
-    return day + (153 * month - 457) / 5 + 365 * year + year / 4 - year / 100 + year / 400 +
-           1721119;
+    return narrow(day + (153 * m - 457) / 5 + 365 * y + y / 4 - y / 100 + y / 400 + 1721119);
 }
 
 void CalDate::fromDayNumber(int jdn, int& month, int& day, int& year) {
-    int l = jdn + 68569;
-    int n = (4 * l) / 146097;
+    Wide l = Wide{jdn} + 68569;
+    Wide n = (4 * l) / 146097;
     l = l - (146097 * n + 3) / 4;
-    int i = (4000 * (l + 1)) / 1461001;
+    Wide i = (4000 * (l + 1)) / 1461001;
     l = l - (1461 * i) / 4 + 31;
-    int j = (80 * l) / 2447;
-    day = l - (2447 * j) / 80;
+    Wide j = (80 * l) / 2447;
+    day = narrow(l - (2447 * j) / 80);
     l = j / 11;
-    month = j + 2 - 12 * l;
-    year = 100 * (n - 49) + i + l;
+    month = narrow(j + 2 - 12 * l);
+    year = narrow(100 * (n - 49) + i + l);
 }
 
 void CalDate::today(int& month, int& day, int& year) {
@@ -84,35 +93,40 @@ void CalDate::format(int month, int day, int year, char* buf) {
 
 CalDate CalDate::addDays(CalDate date, int n) {
     CalDate result{};
-    fromDayNumber(dayNumber(date.month, date.day, date.year) + n, result.month, result.day,
-                  result.year);
+    fromDayNumber(narrow(Wide{dayNumber(date.month, date.day, date.year)} + n), result.month,
+                  result.day, result.year);
     return result;
 }
 
+// Carries a year for every 12 months past December: the same as subtracting 12 in a loop.
 CalDate CalDate::addMonths(CalDate date, int n) {
-    date.month += n;
-    while (date.month > 12) {
-        date.month -= 12;
-        date.year += 1;
+    Wide month = Wide{date.month} + n;
+    Wide year = date.year;
+    if (month > 12) {
+        Wide years = (month - 1) / 12;
+        month -= 12 * years;
+        year += years;
     }
-    return clampDay(date);
+    return clampDay({narrow(month), date.day, narrow(year)});
 }
 
+// Whole years only beyond 12 months, then a single borrow: 12 itself is not reduced.
 CalDate CalDate::subtractMonths(CalDate date, int n) {
+    Wide year = date.year;
     if (n > 12) {
-        date.year -= n / 12;
+        year -= n / 12;
         n -= 12 * (n / 12);
     }
-    date.month -= n;
-    if (date.month <= 0) {
-        date.year -= 1;
-        date.month += 12;
+    Wide month = Wide{date.month} - n;
+    if (month <= 0) {
+        year -= 1;
+        month += 12;
     }
-    return clampDay(date);
+    return clampDay({narrow(month), date.day, narrow(year)});
 }
 
 CalDate CalDate::addYears(CalDate date, int n) {
-    date.year += n;
+    date.year = narrow(Wide{date.year} + n);
     return clampDay(date);
 }
 

@@ -127,6 +127,26 @@ TEST(CalDate, DateButtonRules) {
                                                           << c.n;
 }
 
+TEST(CalDate, ExtremeValuesFromDamagedFilesDoNotOverflow) {
+    // Run under UBSan these would trap on any signed overflow; the results only need to be
+    // deterministic, and the month stays within 1-12 after a carry.
+    const int extremes[] = {-2147483647 - 1, -1, 0, 13, 2147483647};
+    for (int a : extremes) {
+        for (int b : extremes) {
+            CalDate d{a, 15, b};
+            (void)CalDate::dayNumber(a, b, a);
+            (void)CalDate::weekday(a, b, b);
+            int m = 0, dd = 0, y = 0;
+            CalDate::fromDayNumber(a, m, dd, y);
+            (void)CalDate::addDays(d, b);
+            EXPECT_LE(CalDate::addMonths(d, 1).month, 12);
+            (void)CalDate::subtractMonths(d, 13);
+            (void)CalDate::addYears(d, 1);
+        }
+    }
+    EXPECT_EQ(text(CalDate::addMonths({2147483647, 1, 2000}, 1)), "8/1/178958970");
+}
+
 TEST(CalDate, ClampDayOnlyLowers) {
     EXPECT_EQ(text(CalDate::clampDay({2, 30, 1900})), "2/28/1900");
     EXPECT_EQ(text(CalDate::clampDay({2, 29, 1900})), "2/28/1900");
