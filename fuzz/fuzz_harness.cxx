@@ -35,10 +35,10 @@ void requireAbsolutePaths(int argc, char** argv) {
 
 void enterPrivateDir(int argc, char** argv) {
     requireAbsolutePaths(argc, argv);
-    char pattern[] = "/tmp/pindle_fuzz_XXXXXX";
-    require(mkdtemp(pattern) != nullptr, "cannot create a private directory under /tmp");
+    std::string pattern = std::filesystem::temp_directory_path() / "pindle_fuzz_XXXXXX";
+    require(mkdtemp(pattern.data()) != nullptr, "cannot create a private directory");
     privateDir = pattern;
-    require(chdir(pattern) == 0, "cannot enter the private directory");
+    require(chdir(pattern.c_str()) == 0, "cannot enter the private directory");
     std::atexit(removePrivateDir);
 }
 

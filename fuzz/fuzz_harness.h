@@ -9,9 +9,9 @@
 
 namespace FuzzHarness {
 
-// Makes a fresh directory under /tmp and moves into it, since the stores use the current
-// directory; it is removed when the process exits normally. As libFuzzer reads and writes its
-// files after this, the folders and inputs on the command line must be absolute paths (checked
+// Makes a fresh directory under $TMPDIR (or /tmp) and moves into it, since the stores use the
+// current directory; it is removed when the process exits normally. As libFuzzer reads and writes
+// its files after this, the folders and inputs on the command line must be absolute paths (checked
 // here), and so must -artifact_prefix, or crash files land in the private directory.
 void enterPrivateDir(int argc, char** argv);
 

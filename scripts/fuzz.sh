@@ -11,9 +11,21 @@ cmake -S . -B "$dir" -DCMAKE_CXX_COMPILER=clang++-14 -DPINDLE_FUZZ=ON -DPINDLE_B
   >/dev/null
 cmake --build "$dir" -j"$(nproc)" --target todo_file_fuzzer category_file_fuzzer fuzz_seeds
 
+# The targets rewrite their data file on every input; on a memory file system they run about ten
+# times faster than with /tmp on disk. A target that crashes leaves its directory behind, so all
+# of them go in one that is removed at the end.
+shm=/tmp
+if [ -d /dev/shm ] && [ -w /dev/shm ]; then
+  shm=/dev/shm
+fi
+TMPDIR=$(mktemp -d "$shm/pindle_fuzz_run_XXXXXX")
+export TMPDIR
+trap 'rm -rf "$TMPDIR"' EXIT
+
 # Each run starts from the generated seeds alone, so its figures do not depend on earlier runs.
 # Paths are absolute because the targets work in a private directory of their own.
 failed=0
+rm -rf "$dir/fuzz-findings"
 fuzz() {
   local target=$1 seeds=$2 max_len=$3
   local corpus=$dir/fuzz-corpus/$seeds log=$dir/fuzz-logs/$target.log
