@@ -244,6 +244,19 @@ TEST_F(TodoList, MenuSyntaxInCategoryNamesSplitsFilterEntries) {
     EXPECT_NE(win->categoryFilter->find_item("x/y"), nullptr);
     filterBy("a");
     EXPECT_TRUE(todoLines().empty()); // no entry's text equals "a|b"
+
+    // The entry dialog cannot select "a|b" either: it opens on the first entry. The submenu
+    // title "x" is never selected as if it were a category.
+    filterBy("All");
+    selectLine(win->todoBrowser, 1);
+    win->editTodoButton->do_callback();
+    EXPECT_EQ(entryDialog.categoryChoice->value(), 0);
+    todoStore.head->setCategory("x");
+    win->editTodoButton->do_callback();
+    EXPECT_EQ(entryDialog.categoryChoice->value(), 0);
+    todoStore.head->setCategory("y");
+    win->editTodoButton->do_callback();
+    EXPECT_STREQ(entryDialog.categoryChoice->text(), "y");
 }
 
 } // namespace
