@@ -5,6 +5,7 @@
 #include "field_codec.h"
 #include "todo_store.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
@@ -31,10 +32,10 @@ Codes codesFor(Form form) {
 }
 } // namespace
 
-Form formOf(const TodoRecord& record, int todayNumber) {
+Form formOf(const TodoRecord& record, int dayNumber, int todayNumber) {
     if (record.completed != 0)
         return Form::Completed;
-    return dayNumberOf(record) < todayNumber ? Form::Overdue : Form::Plain;
+    return dayNumber < todayNumber ? Form::Overdue : Form::Plain;
 }
 
 void format(const TodoRecord& record, Form form, char* line) {
@@ -52,10 +53,13 @@ int dayNumberOf(const TodoRecord& record) {
     return CalDate::dayNumber(record.month, record.day, record.year);
 }
 
-bool goesBefore(const TodoRecord& record, const TodoRecord& listed) {
-    int mine = dayNumberOf(record);
-    int theirs = dayNumberOf(listed);
-    return mine < theirs || (mine == theirs && record.priority <= listed.priority);
+void sortForList(std::vector<Listed>& listed) {
+    std::reverse(listed.begin(), listed.end());
+    std::stable_sort(listed.begin(), listed.end(), [](const Listed& a, const Listed& b) {
+        if (a.dayNumber != b.dayNumber)
+            return a.dayNumber < b.dayNumber;
+        return a.record->priority < b.record->priority;
+    });
 }
 
 } // namespace TodoLine

@@ -4,6 +4,7 @@
 #define PINDLE_TODO_LINE_H
 
 #include <cstddef>
+#include <vector>
 
 struct TodoRecord;
 
@@ -14,7 +15,7 @@ constexpr std::size_t kLineSize = 256;
 enum class Form { Plain, Completed, Overdue };
 
 // Completed is tested first, so a completed to-do is never overdue.
-Form formOf(const TodoRecord& record, int todayNumber);
+Form formOf(const TodoRecord& record, int dayNumber, int todayNumber);
 
 // Builds the four tab-separated columns into a buffer of kLineSize characters, cutting what
 // does not fit (a description that runs on into the notes included).
@@ -22,9 +23,17 @@ void format(const TodoRecord& record, Form form, char* line);
 
 int dayNumberOf(const TodoRecord& record);
 
-// True when `record` goes above `listed`: an earlier date, or the same date and a priority
-// that is not higher. Exact ties therefore list the later-placed record first.
-bool goesBefore(const TodoRecord& record, const TodoRecord& listed);
+struct Listed {
+    TodoRecord* record;
+    int dayNumber;
+    Form form;
+};
+
+// Puts to-dos given in store order into list order: by day number, then priority, and among
+// exact ties the one later in the store first. This is the order that placing each to-do in
+// turn above the first listed one with a later-or-equal (day, priority) would give, in
+// n log n instead of n squared.
+void sortForList(std::vector<Listed>& listed);
 
 } // namespace TodoLine
 

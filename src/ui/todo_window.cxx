@@ -23,6 +23,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <vector>
 
 namespace {
 // The browser keeps this pointer, so the widths must live as long as the program.
@@ -154,6 +155,7 @@ void TodoWindow::wireDialogs() {
     categoryDialog.saveButton->callback(fromUserData<&TodoWindow::saveCategory>, this);
 }
 
+// Lists the to-dos that pass the filter and "&Show Completed", in date and priority order.
 void TodoWindow::fillTodoBrowser() {
     int month = 0, day = 0, year = 0;
     CalDate::today(month, day, year);
@@ -162,27 +164,23 @@ void TodoWindow::fillTodoBrowser() {
     showToday();
     bool filtered = categoryFilter->value() > 0;
     const char* filter = selectedText(categoryFilter);
-    for (int i = 0; i < todoStore.count(); i++) {
-        TodoRecord* r = todoStore.at(i);
+    bool showCompleted = showCompletedButton->value() == 1;
+    std::vector<TodoLine::Listed> listed;
+    for (TodoRecord* r = todoStore.head; r != nullptr; r = r->next) {
         if (filtered && std::strcmp(filter, r->category) != 0)
             continue;
-        TodoLine::Form form = TodoLine::formOf(*r, todayNumber);
-        if (form == TodoLine::Form::Completed && showCompletedButton->value() != 1)
+        int dayNumber = TodoLine::dayNumberOf(*r);
+        TodoLine::Form form = TodoLine::formOf(*r, dayNumber, todayNumber);
+        if (form == TodoLine::Form::Completed && !showCompleted)
             continue;
+        listed.push_back({r, dayNumber, form});
+    }
+    TodoLine::sortForList(listed);
+    for (const TodoLine::Listed& l : listed) {
         char line[TodoLine::kLineSize];
-        TodoLine::format(*r, form, line);
-        placeLine(r, line);
+        TodoLine::format(*l.record, l.form, line);
+        todoBrowser->add(line, l.record);
     }
-}
-
-void TodoWindow::placeLine(TodoRecord* record, const char* line) {
-    for (int j = 1; j <= todoBrowser->size(); j++) {
-        if (TodoLine::goesBefore(*record, *static_cast<TodoRecord*>(todoBrowser->data(j)))) {
-            todoBrowser->insert(j, line, record);
-            return;
-        }
-    }
-    todoBrowser->add(line, record);
 }
 
 void TodoWindow::showToday() {

@@ -62,7 +62,6 @@ private:
     void buildTodoTab();
     void buildCategoryTab();
     void wireDialogs();
-    void placeLine(TodoRecord* record, const char* line);
     void fillRecord(TodoRecord* record);
 
     // Widgets of the main window find it through their window's user data; the dialogs'
