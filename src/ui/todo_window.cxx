@@ -203,9 +203,7 @@ void TodoWindow::fillCategoryChoice() {
 // Gives to-dos of vanished categories "Unassigned" and always saves. The list is rebuilt with
 // the filter as it was; only then does the choice fall back to "All".
 void TodoWindow::tabChanged() {
-    int count = todoStore.count();
-    for (int i = 0; i < count; i++) {
-        TodoRecord* r = todoStore.at(i);
+    for (TodoRecord* r = todoStore.head; r != nullptr; r = r->next) {
         if (categoryStore.find(r->category) == nullptr)
             r->setCategory("Unassigned");
     }
