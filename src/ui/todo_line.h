@@ -20,6 +20,11 @@ Form formOf(const TodoRecord& record, int todayNumber);
 // does not fit (a description that runs on into the notes included).
 void format(const TodoRecord& record, Form form, char* line);
 
+// Appends user text to a browser line of kLineSize characters, cutting what does not fit.
+// Format codes in it are never obeyed (some, such as huge sizes or unknown fonts, end the
+// program): "@." goes before an "@" that starts the text, when `columnStart`, or follows a tab.
+void appendText(char* line, const char* text, bool columnStart);
+
 int dayNumberOf(const TodoRecord& record);
 
 // True when `record` goes above `listed`: an earlier date, or the same date and a priority

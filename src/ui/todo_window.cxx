@@ -69,7 +69,9 @@ template <void (TodoWindow::*Handler)()> void TodoWindow::fromUserData(Fl_Widget
     (static_cast<TodoWindow*>(self)->*Handler)();
 }
 
-void TodoWindow::showAbout(Fl_Widget*, void*) { aboutDialog.show(); }
+void TodoWindow::showAbout(Fl_Widget*, void*) {
+    aboutDialog.show();
+}
 
 TodoWindow::TodoWindow() {
     window = new Fl_Double_Window(640, 480, "To Do List");
@@ -272,7 +274,9 @@ void TodoWindow::saveTodo() {
     fillTodoBrowser();
 }
 
-void TodoWindow::cancelTodo() { entryDialog.window->hide(); }
+void TodoWindow::cancelTodo() {
+    entryDialog.window->hide();
+}
 
 void TodoWindow::deleteTodo() {
     TodoRecord* r = selectedRecord<TodoRecord>(todoBrowser);
@@ -295,7 +299,9 @@ void TodoWindow::fillCategoryBrowser() {
     categoryBrowser->clear();
     for (int i = 0; i < categoryStore.count(); i++) {
         CategoryRecord* r = categoryStore.at(i);
-        categoryBrowser->add(r->name, r);
+        char line[TodoLine::kLineSize] = "";
+        TodoLine::appendText(line, r->name, true);
+        categoryBrowser->add(line, r);
     }
 }
 
@@ -327,7 +333,9 @@ void TodoWindow::saveCategory() {
     fillCategoryBrowser();
 }
 
-void TodoWindow::cancelCategory() { categoryDialog.window->hide(); }
+void TodoWindow::cancelCategory() {
+    categoryDialog.window->hide();
+}
 
 // The question comes before the refusal of "Unassigned": the user answers, then is told no.
 void TodoWindow::deleteCategory() {
