@@ -114,6 +114,11 @@ std::vector<TodoCase> todoCases() {
     };
 }
 
+// Test names show the case's name, not its bytes.
+void PrintTo(const TodoCase& c, std::ostream* out) {
+    *out << c.name;
+}
+
 class TodoFileCase : public UiTest, public testing::WithParamInterface<TodoCase> {};
 
 // Loads, lists, draws, then a tab switch saves: the rewrite holds every whole record and
@@ -330,6 +335,10 @@ std::vector<CategoryCase> categoryCases() {
          unterminated + categoryBytes("Work"),
          {std::string(51, 'u'), "Work"}},
     };
+}
+
+void PrintTo(const CategoryCase& c, std::ostream* out) {
+    *out << c.name;
 }
 
 class CategoryFileCase : public UiTest, public testing::WithParamInterface<CategoryCase> {};
