@@ -50,7 +50,8 @@ void CalDate::today(int& month, int& day, int& year) {
 
 int CalDate::weekday(int month, int day, int year) {
     double jdn = dayNumber(month, day, year);
-    return static_cast<int>(jdn + 1.5) % 7;
+    // Truncated into 64 bits: the largest day number plus 1.5 does not fit an int.
+    return static_cast<int>(static_cast<Wide>(jdn + 1.5) % 7);
 }
 
 const char* CalDate::weekdayName(int weekday) {

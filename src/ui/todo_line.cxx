@@ -1,6 +1,7 @@
 // The to-do list's line texts and ordering.
 #include "todo_line.h"
 
+#include "browser_text.h"
 #include "cal_date.h"
 #include "field_codec.h"
 #include "todo_store.h"
@@ -13,22 +14,22 @@ namespace TodoLine {
 
 namespace {
 // Each column repeats its own codes: the browser applies them per column. "@." ends the codes,
-// so a completed or overdue line shows a leading "@" of its text literally; a plain line does not.
-struct Codes {
-    const char* columns;
-    const char* beforeDescription;
-};
-
-Codes codesFor(Form form) {
+// so a completed or overdue line shows a leading "@" of its text literally, while a plain line
+// lets the browser read it.
+const char* codesFor(Form form) {
     switch (form) {
     case Form::Completed:
-        return {"@-@.%lld\t@-@.%d/%d/%d\t@-@.%s\t", "@-@."};
+        return "@-@.";
     case Form::Overdue:
-        return {"@C1@.%lld\t@C1@.%d/%d/%d\t@C1@.%s\t", "@C1@."};
+        return "@C1@.";
     case Form::Plain:
         break;
     }
-    return {"%lld\t%d/%d/%d\t%s\t", ""};
+    return "";
+}
+
+void append(char* line, const char* text) {
+    FieldCodec::copyBounded(line + std::strlen(line), text, line + kLineSize);
 }
 } // namespace
 
@@ -39,14 +40,15 @@ Form formOf(const TodoRecord& record, int dayNumber, int todayNumber) {
 }
 
 void format(const TodoRecord& record, Form form, char* line) {
-    Codes codes = codesFor(form);
+    const char* codes = codesFor(form);
     // A damaged file may hold any priority; widen it so that adding one cannot overflow.
     long long shownPriority = static_cast<long long>(record.priority) + 1;
-    std::snprintf(line, kLineSize, codes.columns, shownPriority, record.month, record.day,
-                  record.year, record.category);
-    const char* end = line + kLineSize;
-    FieldCodec::copyBounded(line + std::strlen(line), codes.beforeDescription, end);
-    FieldCodec::copyBounded(line + std::strlen(line), record.description, end);
+    std::snprintf(line, kLineSize, "%s%lld\t%s%d/%d/%d\t%s", codes, shownPriority, codes,
+                  record.month, record.day, record.year, codes);
+    BrowserText::append(line, kLineSize, record.category, *codes == '\0');
+    append(line, "\t");
+    append(line, codes);
+    BrowserText::append(line, kLineSize, record.description, *codes == '\0');
 }
 
 int dayNumberOf(const TodoRecord& record) {

@@ -2,6 +2,7 @@
 // Every change is made in memory, written to its file at once, and the affected list rebuilt.
 #include "todo_window.h"
 
+#include "browser_text.h"
 #include "cal_date.h"
 #include "category_dialog.h"
 #include "entry_dialog.h"
@@ -291,7 +292,9 @@ void TodoWindow::fillCategoryBrowser() {
     categoryBrowser->clear();
     for (int i = 0; i < categoryStore.count(); i++) {
         CategoryRecord* r = categoryStore.at(i);
-        categoryBrowser->add(r->name, r);
+        char line[TodoLine::kLineSize] = "";
+        BrowserText::append(line, sizeof line, r->name, true);
+        categoryBrowser->add(line, r);
     }
 }
 

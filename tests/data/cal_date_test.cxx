@@ -145,6 +145,9 @@ TEST(CalDate, ExtremeValuesFromDamagedFilesDoNotOverflow) {
         }
     }
     EXPECT_EQ(text(CalDate::addMonths({2147483647, 1, 2000}, 1)), "8/1/178958970");
+    // Day number 2147483647: its weekday is 2^31 mod 7, not what an overflowing cast gives.
+    EXPECT_EQ(CalDate::dayNumber(3, 2145762528, 0), 2147483647);
+    EXPECT_EQ(CalDate::weekday(3, 2145762528, 0), 2);
 }
 
 TEST(CalDate, ClampDayOnlyLowers) {
