@@ -25,9 +25,13 @@ AboutDialog::AboutDialog() {
     aboutText->value(kAboutText);
 }
 
-void AboutDialog::show() { window->show(); }
+void AboutDialog::show() {
+    window->show();
+}
 
-void AboutDialog::close() { window->hide(); }
+void AboutDialog::close() {
+    window->hide();
+}
 
 void AboutDialog::onOk(Fl_Widget* button, void*) {
     static_cast<AboutDialog*>(button->parent()->user_data())->close();

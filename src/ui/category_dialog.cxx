@@ -17,6 +17,10 @@ CategoryDialog::CategoryDialog() {
     nameInput->maximum_size(kNameMax);
 }
 
-void CategoryDialog::show() { window->show(); }
+void CategoryDialog::show() {
+    window->show();
+}
 
-void CategoryDialog::clear() { nameInput->value(""); }
+void CategoryDialog::clear() {
+    nameInput->value("");
+}

@@ -17,17 +17,16 @@
 #include <algorithm>
 
 namespace {
-Fl_Menu_Item priorityMenu[] = {
-    {"1", 0, nullptr, nullptr, 0, FL_NORMAL_LABEL, 0, 14, FL_BLACK},
-    {"2", 0, nullptr, nullptr, 0, FL_NORMAL_LABEL, 0, 14, FL_BLACK},
-    {"3", 0, nullptr, nullptr, 0, FL_NORMAL_LABEL, 0, 14, FL_BLACK},
-    {"4", 0, nullptr, nullptr, 0, FL_NORMAL_LABEL, 0, 14, FL_BLACK},
-    {"5", 0, nullptr, nullptr, 0, FL_NORMAL_LABEL, 0, 14, FL_BLACK},
-    {"6", 0, nullptr, nullptr, 0, FL_NORMAL_LABEL, 0, 14, FL_BLACK},
-    {"7", 0, nullptr, nullptr, 0, FL_NORMAL_LABEL, 0, 14, FL_BLACK},
-    {"8", 0, nullptr, nullptr, 0, FL_NORMAL_LABEL, 0, 14, FL_BLACK},
-    {"9", 0, nullptr, nullptr, 0, FL_NORMAL_LABEL, 0, 14, FL_BLACK},
-    {nullptr, 0, nullptr, nullptr, 0, 0, 0, 0, 0}};
+Fl_Menu_Item priorityMenu[] = {{"1", 0, nullptr, nullptr, 0, FL_NORMAL_LABEL, 0, 14, FL_BLACK},
+                               {"2", 0, nullptr, nullptr, 0, FL_NORMAL_LABEL, 0, 14, FL_BLACK},
+                               {"3", 0, nullptr, nullptr, 0, FL_NORMAL_LABEL, 0, 14, FL_BLACK},
+                               {"4", 0, nullptr, nullptr, 0, FL_NORMAL_LABEL, 0, 14, FL_BLACK},
+                               {"5", 0, nullptr, nullptr, 0, FL_NORMAL_LABEL, 0, 14, FL_BLACK},
+                               {"6", 0, nullptr, nullptr, 0, FL_NORMAL_LABEL, 0, 14, FL_BLACK},
+                               {"7", 0, nullptr, nullptr, 0, FL_NORMAL_LABEL, 0, 14, FL_BLACK},
+                               {"8", 0, nullptr, nullptr, 0, FL_NORMAL_LABEL, 0, 14, FL_BLACK},
+                               {"9", 0, nullptr, nullptr, 0, FL_NORMAL_LABEL, 0, 14, FL_BLACK},
+                               {nullptr, 0, nullptr, nullptr, 0, 0, 0, 0, 0}};
 
 // The date fields are shown but never typed into: only the date buttons change them.
 Fl_Value_Input* dateInput(int x, int w, double low, double high) {
@@ -91,7 +90,9 @@ void EntryDialog::buildDateButtons() {
     todayButton = dateButton(365, 40, 65, "&Today", fromWindow<&EntryDialog::setToday>);
 }
 
-void EntryDialog::show() { window->show(); }
+void EntryDialog::show() {
+    window->show();
+}
 
 void EntryDialog::clear() {
     monthInput->value(0);
@@ -180,9 +181,21 @@ void EntryDialog::nextWeek() {
     addDays(7);
 }
 
-void EntryDialog::dayPlus() { addDays(1); }
-void EntryDialog::dayMinus() { addDays(-1); }
-void EntryDialog::monthPlus() { addMonths(1); }
-void EntryDialog::monthMinus() { subtractMonths(1); }
-void EntryDialog::yearPlus() { addYears(1); }
-void EntryDialog::yearMinus() { addYears(-1); }
+void EntryDialog::dayPlus() {
+    addDays(1);
+}
+void EntryDialog::dayMinus() {
+    addDays(-1);
+}
+void EntryDialog::monthPlus() {
+    addMonths(1);
+}
+void EntryDialog::monthMinus() {
+    subtractMonths(1);
+}
+void EntryDialog::yearPlus() {
+    addYears(1);
+}
+void EntryDialog::yearMinus() {
+    addYears(-1);
+}

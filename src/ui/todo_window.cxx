@@ -71,7 +71,9 @@ template <void (TodoWindow::*Handler)()> void TodoWindow::fromUserData(Fl_Widget
     (static_cast<TodoWindow*>(self)->*Handler)();
 }
 
-void TodoWindow::showAbout(Fl_Widget*, void*) { aboutDialog.show(); }
+void TodoWindow::showAbout(Fl_Widget*, void*) {
+    aboutDialog.show();
+}
 
 TodoWindow::TodoWindow() {
     window = new Fl_Double_Window(640, 480, "To Do List");
@@ -269,7 +271,9 @@ void TodoWindow::saveTodo() {
     fillTodoBrowser();
 }
 
-void TodoWindow::cancelTodo() { entryDialog.window->hide(); }
+void TodoWindow::cancelTodo() {
+    entryDialog.window->hide();
+}
 
 void TodoWindow::deleteTodo() {
     TodoRecord* r = selectedRecord<TodoRecord>(todoBrowser);
@@ -326,7 +330,9 @@ void TodoWindow::saveCategory() {
     fillCategoryBrowser();
 }
 
-void TodoWindow::cancelCategory() { categoryDialog.window->hide(); }
+void TodoWindow::cancelCategory() {
+    categoryDialog.window->hide();
+}
 
 // The question comes before the refusal of "Unassigned": the user answers, then is told no.
 void TodoWindow::deleteCategory() {

@@ -83,13 +83,16 @@ void UiTest::answerPending(void* self) {
 }
 
 void UiTest::switchTab() {
-    Fl_Widget* other = win->tabs->value() == win->todoGroup ? static_cast<Fl_Widget*>(win->categoryGroup)
-                                                            : win->todoGroup;
+    Fl_Widget* other = win->tabs->value() == win->todoGroup
+                           ? static_cast<Fl_Widget*>(win->categoryGroup)
+                           : win->todoGroup;
     win->tabs->value(other);
     win->tabs->do_callback();
 }
 
-void UiTest::selectLine(Fl_Browser* browser, int line) { browser->value(line); }
+void UiTest::selectLine(Fl_Browser* browser, int line) {
+    browser->value(line);
+}
 
 std::vector<std::string> UiTest::lines(const Fl_Browser* browser) const {
     std::vector<std::string> out;

@@ -231,7 +231,8 @@ TEST_F(EntryDialogTest, DescriptionRefusesBytesBeyondFiftyTypedOrPasted) {
         std::string before, pasted, expected;
     } pastes[] = {
         {"", std::string(60, 'p'), std::string(50, 'p')},
-        {std::string(45, 'x'), "\xc3\xa9\xc3\xa9\xc3\xa9", std::string(45, 'x') + "\xc3\xa9\xc3\xa9"},
+        {std::string(45, 'x'), "\xc3\xa9\xc3\xa9\xc3\xa9",
+         std::string(45, 'x') + "\xc3\xa9\xc3\xa9"},
         {"", std::string(30, 'q') + "  \n", std::string(30, 'q')},
     };
     for (const auto& p : pastes) {

@@ -15,7 +15,9 @@ namespace {
 using Line = std::pair<std::string, const TodoRecord*>;
 
 std::string referenceText(const TodoRecord& r, int today) {
-    const char* codes = r.completed ? "@-@." : CalDate::dayNumber(r.month, r.day, r.year) < today ? "@C1@." : "";
+    const char* codes = r.completed                                          ? "@-@."
+                        : CalDate::dayNumber(r.month, r.day, r.year) < today ? "@C1@."
+                                                                             : "";
     char columns[256];
     std::snprintf(columns, sizeof columns, "%s%lld\t%s%d/%d/%d\t%s%s\t", codes,
                   static_cast<long long>(r.priority) + 1, codes, r.month, r.day, r.year, codes,
@@ -95,8 +97,8 @@ TEST_F(ListOrder, MatchesPlainRebuildForRandomStores) {
                 win->categoryFilter->value(std::string(filter) == "All" ? 0 : 1);
                 win->showCompletedButton->value(showCompleted);
                 win->fillTodoBrowser();
-                auto expected = referenceRebuild(
-                    std::string(filter) == "All" ? nullptr : filter, showCompleted == 1);
+                auto expected = referenceRebuild(std::string(filter) == "All" ? nullptr : filter,
+                                                 showCompleted == 1);
                 ASSERT_EQ(shown(win->todoBrowser), expected);
             }
         }

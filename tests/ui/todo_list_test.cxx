@@ -145,9 +145,9 @@ TEST_F(TodoList, SortsByDayNumberThenPriorityWithTiesReversed) {
     Lines descriptions;
     for (const auto& line : todoLines())
         descriptions.push_back(line.substr(line.rfind('\t') + 6)); // past "@C1@.": all overdue
-    EXPECT_EQ(descriptions, (Lines{"dec 31 2003", "jan 1 2004", "tie second in store",
-                                   "tie first in store", "feb 29 2004 p5", "mar 1 2004",
-                                   "feb 28 2005", "mar 1 2005"}));
+    EXPECT_EQ(descriptions,
+              (Lines{"dec 31 2003", "jan 1 2004", "tie second in store", "tie first in store",
+                     "feb 29 2004 p5", "mar 1 2004", "feb 28 2005", "mar 1 2005"}));
 }
 
 TEST_F(TodoList, FilterShowsExactCategoryAndAnEmptyChoiceMeansNoFilter) {
