@@ -6,7 +6,9 @@
 #include <FL/Fl_Button.H>
 #include <FL/Fl_Choice.H>
 #include <FL/Fl_Double_Window.H>
+#include <FL/Fl_Output.H>
 #include <FL/Fl_Tabs.H>
+#include <FL/Fl_Value_Input.H>
 
 #include <new>
 
@@ -114,4 +116,12 @@ std::string UiTest::todayText() const {
     char buf[256];
     CalDate::format(m, d, y, buf);
     return buf;
+}
+
+std::string UiTest::shownEntryDate() {
+    char buf[256];
+    CalDate::format(static_cast<int>(entryDialog.monthInput->value()),
+                    static_cast<int>(entryDialog.dayInput->value()),
+                    static_cast<int>(entryDialog.yearInput->value()), buf);
+    return std::string(buf) + " " + entryDialog.weekdayOutput->value();
 }

@@ -36,6 +36,8 @@ protected:
     // Selects the filter entry with this text and runs the filter's callback.
     void filterBy(const char* text);
     std::string todayText() const;
+    // The entry dialog's date fields and weekday, as "2/28/2005 Monday".
+    static std::string shownEntryDate();
 
     std::unique_ptr<TodoWindow> win;
 

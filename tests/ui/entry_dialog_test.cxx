@@ -19,14 +19,6 @@ namespace {
 using Lines = std::vector<std::string>;
 using EntryDialogTest = UiTest;
 
-std::string shownDate() {
-    char buf[256];
-    CalDate::format(static_cast<int>(entryDialog.monthInput->value()),
-                    static_cast<int>(entryDialog.dayInput->value()),
-                    static_cast<int>(entryDialog.yearInput->value()), buf);
-    return std::string(buf) + " " + entryDialog.weekdayOutput->value();
-}
-
 void setShownDate(int month, int day, int year) {
     entryDialog.monthInput->value(month);
     entryDialog.dayInput->value(day);
@@ -53,7 +45,7 @@ TEST_F(EntryDialogTest, NewThenSaveAppendsTodayInFirstCategory) {
     EXPECT_EQ(entryDialog.editing(), 0);
     int m = 0, d = 0, y = 0;
     CalDate::today(m, d, y);
-    EXPECT_EQ(shownDate(), todayText() + " " + CalDate::weekdayName(CalDate::weekday(m, d, y)));
+    EXPECT_EQ(shownEntryDate(), todayText() + " " + CalDate::weekdayName(CalDate::weekday(m, d, y)));
     EXPECT_STREQ(entryDialog.descriptionInput->value(), "");
     EXPECT_STREQ(entryDialog.categoryChoice->text(), "Home");
     EXPECT_EQ(entryDialog.priorityChoice->value(), 0);
@@ -89,7 +81,7 @@ TEST_F(EntryDialogTest, EditLoadsTheSelectedRecordAndSaveWritesInPlace) {
     win->editTodoButton->do_callback();
     ASSERT_TRUE(entryDialog.window->shown());
     EXPECT_EQ(entryDialog.editing(), 1);
-    EXPECT_EQ(shownDate(), "2/29/2004 Sunday");
+    EXPECT_EQ(shownEntryDate(), "2/29/2004 Sunday");
     EXPECT_EQ(entryDialog.priorityChoice->value(), 3);
     EXPECT_STREQ(entryDialog.categoryChoice->text(), "Work");
     EXPECT_STREQ(entryDialog.descriptionInput->value(), "first");
@@ -158,7 +150,7 @@ TEST_F(EntryDialogTest, DateButtons) {
     for (const auto& s : steps) {
         setShownDate(s.from.month, s.from.day, s.from.year);
         s.button->do_callback();
-        EXPECT_EQ(shownDate(), s.expected) << s.button->label();
+        EXPECT_EQ(shownEntryDate(), s.expected) << s.button->label();
     }
 
     CalDate now{};
@@ -175,7 +167,7 @@ TEST_F(EntryDialogTest, DateButtons) {
         CalDate e = CalDate::addDays(now, r.days);
         char buf[256];
         CalDate::format(e.month, e.day, e.year, buf);
-        EXPECT_EQ(shownDate(), std::string(buf) + " " +
+        EXPECT_EQ(shownEntryDate(), std::string(buf) + " " +
                                    CalDate::weekdayName(CalDate::weekday(e.month, e.day, e.year)))
             << r.button->label();
     }

@@ -231,14 +231,6 @@ Fl_Button* dateButton(const std::string& label) {
     return nullptr;
 }
 
-std::string shownDate() {
-    char buf[256];
-    CalDate::format(static_cast<int>(entryDialog.monthInput->value()),
-                    static_cast<int>(entryDialog.dayInput->value()),
-                    static_cast<int>(entryDialog.yearInput->value()), buf);
-    return std::string(buf) + " " + entryDialog.weekdayOutput->value();
-}
-
 // Month 13 counts as January of the next year, 0 as December and -1 as November of the year
 // before. Month 0 has no days, so a button that clamps the day lowers it to 0.
 const DateCase kDateCases[] = {
@@ -279,7 +271,7 @@ TEST_F(MalformedFiles, DateButtonsOnDamagedMonthsThenSave) {
         Fl_Button* button = dateButton(c.button);
         ASSERT_NE(button, nullptr);
         button->do_callback();
-        EXPECT_EQ(shownDate(), c.shown);
+        EXPECT_EQ(shownEntryDate(), c.shown);
         entryDialog.saveButton->do_callback();
         drawNow(*win);
         std::string saved = readFile("pindle_todo.db").substr(position * 32124u, 12);
