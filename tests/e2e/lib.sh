@@ -18,11 +18,12 @@ start_app() {
   sleep 0.5 # mapped is not yet drawn and listening
 }
 
-# Prints the id of the visible window with this title once it is mapped (10 s at most).
+# Prints the id of the program's visible window whose title matches this regular expression
+# once it is mapped (10 s at most).
 wait_window() {
   local id
   for _ in $(seq 100); do
-    id=$(xdotool search --onlyvisible --name "$1" 2>/dev/null | head -n 1 || true)
+    id=$(app_windows | awk -v re="$1" '{ id = $1; sub(/^[0-9]+ /, "") } $0 ~ re { print id; exit }')
     [ -n "$id" ] && { echo "$id"; return 0; }
     sleep 0.1
   done
@@ -31,7 +32,7 @@ wait_window() {
 
 wait_gone() {
   for _ in $(seq 100); do
-    xdotool search --onlyvisible --name "$1" >/dev/null 2>&1 || return 0
+    [ -z "$(app_windows | cut -d' ' -f2- | grep -E "$1")" ] && return 0
     sleep 0.1
   done
   fail "window '$1' never closed"
