@@ -95,15 +95,21 @@ click "$ENTRY" "${DESCRIPTION[@]}"
 xdotool type "gone"
 closes alt+c -
 
-# Focus in the notes, likewise.
+# Focus in the notes, likewise; Today undoes the "Year +" clicked first.
 open_new
+click "$ENTRY" 265 52
 click "$ENTRY" "${NOTES[@]}"
 xdotool type "pets"
-key_at "$ENTRY" "${NOTES[@]}" alt+n alt+minus
+key_at "$ENTRY" "${NOTES[@]}" alt+t alt+plus alt+plus alt+minus
 choose alt+p 3
 key_at "$ENTRY" "${NOTES[@]}" alt+e
 choose alt+a 3
-closes alt+s "$(day_from_today 6) 3 1 Spare||pets"
+closes alt+s "$(day_from_today 1) 3 1 Spare||pets"
+open_new
+click "$ENTRY" "${NOTES[@]}"
+xdotool type "x"
+key_at "$ENTRY" "${NOTES[@]}" alt+n
+closes alt+s "$(day_from_today 7) 0 0 Unassigned||x"
 open_new
 click "$ENTRY" "${NOTES[@]}"
 xdotool type "x"

@@ -131,7 +131,7 @@ expect_lines() {
   local reader="$1" want got
   shift
   want=$(printf '%s\n' "$@")
-  for _ in $(seq 30); do
+  for _ in $(seq 50); do
     got=$("$reader" 2>/dev/null || true)
     [ "$got" = "$want" ] && return 0
     sleep 0.1

@@ -23,7 +23,7 @@ click "$ENTRY" 200 157
 xdotool key End type "#"
 key_at "$ENTRY" 200 157 alt+s
 wait_gone "^To Do Entry$"
-for _ in $(seq 30); do
+for _ in $(seq 50); do
   line=$(todos | grep -n '|item [0-9]*#|' | cut -d: -f1 || true)
   [ -n "$line" ] && break
   sleep 0.1
