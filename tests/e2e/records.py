@@ -1,5 +1,7 @@
 """Reads and writes the two data files byte by byte for the end-to-end tests, independently of
-the program, and compares them with the state a test expects."""
+the program: writes the files a test starts from, prints the records, and compares them with
+the state a test expects."""
+import datetime
 import os
 import struct
 import sys
@@ -86,7 +88,61 @@ def write_todo(path, description):
     open(path, "wb").write(record)
 
 
+def todo(month, day, year, priority, done, category, description, notes=""):
+    record = struct.pack(">iiiiB", month, day, year, priority, done)
+    record += category.encode().ljust(50, b"\0") + description.encode().ljust(50, b"\0")
+    return record + notes.encode().ljust(32000, b"\0") + b"\0" * 7
+
+
+def write(folder, todos, names):
+    with open(folder + "/pindle_todo.db", "wb") as f:
+        f.write(b"".join(todos))
+    with open(folder + "/cat.db", "wb") as f:
+        f.write(b"".join(n.encode().ljust(52, b"\0") + b"\0\0\0\1" for n in names))
+
+
+def make_small(folder):
+    """Four to-dos in date order, the second completed, and a category no to-do uses."""
+    todos = [todo(3, 1, 2030, 0, 0, "Work", "alpha"),
+             todo(3, 2, 2030, 0, 1, "Home", "beta"),
+             todo(3, 3, 2030, 0, 0, "Home", "gamma"),
+             todo(3, 4, 2030, 0, 0, "Work", "delta")]
+    write(folder, todos, ["Unassigned", "Work", "Home", "Spare"])
+
+
+def make_long(folder):
+    """More open to-dos than the list shows at its first size, "item 01" first."""
+    start = datetime.date(2030, 1, 1)
+    todos = []
+    for i in range(40):
+        d = start + datetime.timedelta(days=i)
+        todos.append(todo(d.month, d.day, d.year, 0, 0, "Unassigned", "item %02d" % (i + 1)))
+    write(folder, todos, ["Unassigned"])
+
+
+def show_todos(path):
+    """One line per to-do: "M/D/YYYY priority completed category|description|notes"."""
+    for line in read_todos(path):
+        month, day, year, priority, completed, rest = line.split("|", 5)
+        print(f"{month}/{day}/{year} {priority} {completed} {rest}")
+
+
+def show_categories(path):
+    for name in read_categories(path):
+        print(name)
+
+
 def main(argv):
+    makers = {"small": make_small, "long": make_long}
+    if argv[1] in makers:
+        makers[argv[1]](argv[2])
+        return 0
+    if argv[1] == "todos":
+        show_todos(argv[2])
+        return 0
+    if argv[1] == "categories":
+        show_categories(argv[2])
+        return 0
     if argv[1] == "check":
         problems = check(argv[2], argv[3], argv[4])
         for p in problems:
