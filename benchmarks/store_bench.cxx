@@ -102,7 +102,23 @@ double diskMegabytes(const char* name) {
     return static_cast<double>(info.st_blocks) * 512 / kMega;
 }
 
-void reportAgainstFloor(benchmark::State& state, double total, double floorTotal) {
+// Runs the measure and its floor once per iteration, taking turns at going first so that
+// neither always runs in the other's wake (freed page cache, write-back under way). Both return
+// the seconds of their own timed part only.
+template <class Measure, class Floor>
+void alternate(benchmark::State& state, Measure measure, Floor floor) {
+    double total = 0, floorTotal = 0;
+    bool floorFirst = false;
+    for (auto _ : state) {
+        if (floorFirst)
+            floorTotal += floor();
+        double seconds = measure();
+        state.SetIterationTime(seconds);
+        total += seconds;
+        if (!floorFirst)
+            floorTotal += floor();
+        floorFirst = !floorFirst;
+    }
     state.counters["floor_ms"] =
         benchmark::Counter(floorTotal * 1e3, benchmark::Counter::kAvgIterations);
     state.counters["ratio"] = floorTotal > 0 ? total / floorTotal : 0;
@@ -112,19 +128,16 @@ void measureLoad(benchmark::State& state) {
     BenchDir dir;
     int count = static_cast<int>(state.range(0));
     writeTodoFile(count);
-    double total = 0, floorTotal = 0;
-    for (auto _ : state) {
+    auto load = [&state, count] {
         auto start = Clock::now();
         auto* store = new TodoStore;
         double seconds = secondsSince(start);
-        state.SetIterationTime(seconds);
-        total += seconds;
         if (store->count() != count)
             state.SkipWithError("the load lost records");
         discard(store);
-        floorTotal += readFloor("pindle_todo.db");
-    }
-    reportAgainstFloor(state, total, floorTotal);
+        return seconds;
+    };
+    alternate(state, load, [] { return readFloor("pindle_todo.db"); });
 }
 
 void measureSave(benchmark::State& state) {
@@ -132,16 +145,12 @@ void measureSave(benchmark::State& state) {
     TodoStore* store = generatedStore(static_cast<int>(state.range(0)));
     store->save();
     const std::string bytes = readWhole("pindle_todo.db");
-    double total = 0, floorTotal = 0;
-    for (auto _ : state) {
+    auto save = [store] {
         auto start = Clock::now();
         store->save();
-        double seconds = secondsSince(start);
-        state.SetIterationTime(seconds);
-        total += seconds;
-        floorTotal += writeFloor("floor.db", bytes);
-    }
-    reportAgainstFloor(state, total, floorTotal);
+        return secondsSince(start);
+    };
+    alternate(state, save, [&bytes] { return writeFloor("floor.db", bytes); });
     state.counters["disk_mb"] = diskMegabytes("pindle_todo.db");
     state.counters["floor_disk_mb"] = diskMegabytes("floor.db");
     discard(store);
@@ -158,24 +167,23 @@ void measureRebuildAccess(benchmark::State& state) {
     for (TodoRecord* r = store->head; r != nullptr; r = r->next)
         plain.push_back(r);
     int rounds = 10000 / count;
-    double total = 0, floorTotal = 0;
-    for (auto _ : state) {
+    auto rebuild = [store, rounds] {
         auto start = Clock::now();
         for (int round = 0; round < rounds; round++) {
             for (int i = 0; i < store->count(); i++)
                 benchmark::DoNotOptimize(store->at(i));
         }
-        double seconds = secondsSince(start) / rounds;
-        state.SetIterationTime(seconds);
-        total += seconds;
-        start = Clock::now();
+        return secondsSince(start) / rounds;
+    };
+    auto floor = [&plain, rounds] {
+        auto start = Clock::now();
         for (int round = 0; round < rounds; round++) {
             for (std::size_t i = 0; i < plain.size(); i++)
                 benchmark::DoNotOptimize(plain[i]);
         }
-        floorTotal += secondsSince(start) / rounds;
-    }
-    reportAgainstFloor(state, total, floorTotal);
+        return secondsSince(start) / rounds;
+    };
+    alternate(state, rebuild, floor);
     discard(store);
 }
 

@@ -16,7 +16,8 @@ build-bench/store_bench --benchmark_repetitions="$reps" --benchmark_report_aggre
 # Times in ms; for the peak RSS row the "median" is the peak and the "floor" is N x 32124 bytes.
 # A single repetition has no aggregates, so its plain rows stand in for the medians.
 jq -r '
-  def fmt: if . >= 100 then (. * 10 | round / 10) else (. * 1000 | round / 1000) end | tostring;
+  def fmt: if . >= 100 then (. * 10 | round / 10) elif . >= 1 then (. * 1000 | round / 1000)
+    else (. * 1e6 | round / 1e6) end | tostring;
   ["N", "measure", "median", "floor", "ratio", "note"],
   (.benchmarks[] | select(.aggregate_name == "median" or .run_type == "iteration")
    | (.run_name | split("/")) as $p
