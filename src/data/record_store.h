@@ -3,6 +3,8 @@
 #ifndef PINDLE_RECORD_STORE_H
 #define PINDLE_RECORD_STORE_H
 
+#include "sparse_writer.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -69,6 +71,9 @@ public:
     // Rewrites the whole file. An empty list leaves it truncated to nothing; a file that cannot
     // be opened or written while there are records to keep ends the program with status 200.
     void save() {
+        // Still opened with fopen "wb", for the same permissions and open failures as ever, and
+        // because it empties the old file: the writer leaves holes where the records hold
+        // zeros, and those must read back as zeros, not as what was there before.
         file = std::fopen(fileName, "wb");
         if (head == nullptr) {
             if (file != nullptr)
@@ -79,16 +84,15 @@ public:
             std::fprintf(stderr, "could not open file %s\n", fileName);
             std::exit(200);
         }
-        // Unbuffered, so every failed byte shows in fwrite's result instead of a late fclose.
-        std::setvbuf(file, nullptr, _IONBF, 0);
-        unsigned char block[Record::kFileSize];
-        for (const Record* r = head; r != nullptr; r = r->next) {
+        SparseWriter out(fileno(file));
+        for (const Record* r : order_) {
+            unsigned char* block = out.next(Record::kFileSize);
+            if (block == nullptr)
+                failWrite();
             r->encode(block, r->next == nullptr);
-            if (std::fwrite(block, Record::kFileSize, 1, file) != 1) {
-                std::fprintf(stderr, "could not write records!\n");
-                std::exit(200);
-            }
         }
+        if (!out.finish())
+            failWrite();
         std::fclose(file);
     }
 
@@ -100,6 +104,11 @@ protected:
     RecordStore& operator=(const RecordStore&) = delete;
     // Records live until the program ends; a store is never torn down while it runs.
     ~RecordStore() = default;
+
+    [[noreturn]] static void failWrite() {
+        std::fprintf(stderr, "could not write records!\n");
+        std::exit(200);
+    }
 
     // Returns false when the file could not be opened (reported on stderr). A trailing partial
     // record is dropped without a word; the link slot in the file is never looked at.
