@@ -30,7 +30,7 @@ CategoryStore::CategoryStore() : RecordStore("cat.db") {
     if (!load()) {
         auto* seed = new CategoryRecord;
         seed->setName("Unassigned");
-        head = seed;
+        append(seed);
     }
 }
 

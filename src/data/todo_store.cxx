@@ -69,11 +69,5 @@ void TodoRecord::encode(unsigned char* block, bool last) const {
 TodoStore::TodoStore() : RecordStore("pindle_todo.db") { load(); }
 
 void TodoStore::purgeCompleted() {
-    TodoRecord* r = head;
-    while (r != nullptr) {
-        TodoRecord* following = r->next;
-        if (r->completed != 0)
-            remove(r);
-        r = following;
-    }
+    removeIf([](const TodoRecord& r) { return r.completed != 0; });
 }
