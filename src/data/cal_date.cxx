@@ -13,7 +13,9 @@ const int CalDate::daysBeforeMonth[14] = {0,   0,   31,  59,  90,  120, 151,
 namespace {
 using Wide = long long;
 
-int narrow(Wide value) { return static_cast<int>(static_cast<unsigned int>(value)); }
+int narrow(Wide value) {
+    return static_cast<int>(static_cast<unsigned int>(value));
+}
 } // namespace
 
 int CalDate::dayNumber(int month, int day, int year) {
@@ -77,7 +79,9 @@ bool CalDate::isLeapYear(int year) {
     return (byFour && !byHundred) || byFourHundred;
 }
 
-int CalDate::daysInMonth(int month, int year) { return monthLength(daysBeforeMonth, month, year); }
+int CalDate::daysInMonth(int month, int year) {
+    return monthLength(daysBeforeMonth, month, year);
+}
 
 int CalDate::monthLength(const int table[14], int month, int year) {
     if (month < 0 || month > 12)

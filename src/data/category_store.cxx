@@ -9,7 +9,9 @@ namespace {
 constexpr std::size_t kLinkAt = 52;
 }
 
-CategoryRecord::CategoryRecord() : next(nullptr) { name[0] = '\0'; }
+CategoryRecord::CategoryRecord() : next(nullptr) {
+    name[0] = '\0';
+}
 
 void CategoryRecord::setName(const char* text) {
     FieldCodec::copyBounded(name, text, name + sizeof name);

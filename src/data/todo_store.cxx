@@ -24,9 +24,13 @@ TodoRecord::TodoRecord() : month(0), day(0), year(0), priority(0), completed(0),
     notes[0] = '\0';
 }
 
-char* TodoRecord::textField(std::size_t offset) { return reinterpret_cast<char*>(this) + offset; }
+char* TodoRecord::textField(std::size_t offset) {
+    return reinterpret_cast<char*>(this) + offset;
+}
 
-const char* TodoRecord::textEnd() const { return notes + sizeof notes; }
+const char* TodoRecord::textEnd() const {
+    return notes + sizeof notes;
+}
 
 void TodoRecord::setCategory(const char* text) {
     FieldCodec::copyBounded(textField(kCategoryAt), text, textEnd());
@@ -66,7 +70,9 @@ void TodoRecord::encode(unsigned char* block, bool last) const {
     FieldCodec::putInt32(block + kLinkAt, last ? 0 : 1);
 }
 
-TodoStore::TodoStore() : RecordStore("pindle_todo.db") { load(); }
+TodoStore::TodoStore() : RecordStore("pindle_todo.db") {
+    load();
+}
 
 void TodoStore::purgeCompleted() {
     removeIf([](const TodoRecord& r) { return r.completed != 0; });

@@ -123,8 +123,8 @@ TEST(CalDate, DateButtonRules) {
         {"years", CalDate::addYears, {6, 1, 1980}, -1, "6/1/1979"},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(text(c.apply(c.from, c.n)), c.expected) << c.rule << " " << text(c.from) << " "
-                                                          << c.n;
+        EXPECT_EQ(text(c.apply(c.from, c.n)), c.expected)
+            << c.rule << " " << text(c.from) << " " << c.n;
 }
 
 TEST(CalDate, ExtremeValuesFromDamagedFilesDoNotOverflow) {

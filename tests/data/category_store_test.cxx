@@ -94,7 +94,8 @@ TEST_F(CategoryFile, UnassignedHasNoSpecialStatusInTheStore) {
     EXPECT_EQ(names(store), (std::vector<std::string>{"Unassigned"}));
     store.remove(store.head);
     EXPECT_EQ(store.count(), 0);
-    auto orphan = std::make_unique<CategoryRecord>(); // freed here: a double free would show under ASan
+    auto orphan =
+        std::make_unique<CategoryRecord>(); // freed here: a double free would show under ASan
     store.remove(orphan.get());
     store.save();
     EXPECT_EQ(readFile("cat.db").size(), 0u);

@@ -6,9 +6,9 @@
 
 #include <csignal>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <sys/resource.h>
-#include <memory>
 #include <vector>
 
 namespace {

@@ -45,7 +45,8 @@ TEST_F(EntryDialogTest, NewThenSaveAppendsTodayInFirstCategory) {
     EXPECT_EQ(entryDialog.editing(), 0);
     int m = 0, d = 0, y = 0;
     CalDate::today(m, d, y);
-    EXPECT_EQ(shownEntryDate(), todayText() + " " + CalDate::weekdayName(CalDate::weekday(m, d, y)));
+    EXPECT_EQ(shownEntryDate(),
+              todayText() + " " + CalDate::weekdayName(CalDate::weekday(m, d, y)));
     EXPECT_STREQ(entryDialog.descriptionInput->value(), "");
     EXPECT_STREQ(entryDialog.categoryChoice->text(), "Home");
     EXPECT_EQ(entryDialog.priorityChoice->value(), 0);
@@ -167,8 +168,9 @@ TEST_F(EntryDialogTest, DateButtons) {
         CalDate e = CalDate::addDays(now, r.days);
         char buf[256];
         CalDate::format(e.month, e.day, e.year, buf);
-        EXPECT_EQ(shownEntryDate(), std::string(buf) + " " +
-                                   CalDate::weekdayName(CalDate::weekday(e.month, e.day, e.year)))
+        EXPECT_EQ(shownEntryDate(),
+                  std::string(buf) + " " +
+                      CalDate::weekdayName(CalDate::weekday(e.month, e.day, e.year)))
             << r.button->label();
     }
     EXPECT_EQ(entryDialog.window->resizable(), entryDialog.tomorrowButton);
