@@ -11,6 +11,9 @@ class Fl_Widget;
 class AboutDialog {
 public:
     AboutDialog();
+    // Owns one window of the toolkit's for the whole run: never copied.
+    AboutDialog(const AboutDialog&) = delete;
+    AboutDialog& operator=(const AboutDialog&) = delete;
     void show();
     void close();
 

@@ -13,6 +13,9 @@ public:
     static constexpr int kNameMax = 50;
 
     CategoryDialog();
+    // Owns one window of the toolkit's for the whole run: never copied.
+    CategoryDialog(const CategoryDialog&) = delete;
+    CategoryDialog& operator=(const CategoryDialog&) = delete;
     void show();
     void clear();
     // 0: Save appends a new category; 1: Save renames the selected one.

@@ -21,6 +21,9 @@ public:
     static constexpr int kDescriptionMax = 50;
 
     EntryDialog();
+    // Owns one window of the toolkit's for the whole run: never copied.
+    EntryDialog(const EntryDialog&) = delete;
+    EntryDialog& operator=(const EntryDialog&) = delete;
     void show();
     // Date fields 0, description and notes empty, priority "1", not completed. The category
     // choice and the weekday are left as they are.

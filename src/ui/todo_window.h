@@ -18,6 +18,9 @@ class TodoWindow {
 public:
     // Builds and shows the window, wires the dialogs' Save and Cancel buttons, fills the lists.
     TodoWindow();
+    // Owns one window of the toolkit's for the whole run: never copied.
+    TodoWindow(const TodoWindow&) = delete;
+    TodoWindow& operator=(const TodoWindow&) = delete;
 
     // To-do tab.
     void fillTodoBrowser();
