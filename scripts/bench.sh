@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
-# Builds the benchmarks (Release, in build-bench/) and prints one table: per list size and
-# measure, the median over repetitions beside its floor. The user-interface measures run under
-# a private Xvfb. Usage: scripts/bench.sh [repetitions] [benchmark args for both programs]
+# Builds the benchmarks and prints one table of medians beside their floors, the user interface's
+# under a private Xvfb. Usage: scripts/bench.sh [repetitions] [benchmark args for both programs]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 reps=${1:-5}
