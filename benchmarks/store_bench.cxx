@@ -2,12 +2,12 @@
 // floor, the least the machine must do for the same work, and interleaved with it so that load
 // from other programs on the machine hits both alike; the "ratio" counter is measure / floor.
 #include "bench_dir.h"
+#include "bench_timing.h"
 #include "todo_generator.h"
 #include "todo_store.h"
 
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <cstring>
 #include <fcntl.h>
 #include <memory>
@@ -20,13 +20,11 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using BenchTiming::alternate;
+using BenchTiming::Clock;
+using BenchTiming::secondsSince;
 constexpr const char* kLoadOnly = "--load-only";
 constexpr double kMega = 1e6;
-
-double secondsSince(Clock::time_point start) {
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
 
 // Stores never free their records, so the benchmarks do it.
 void discard(TodoStore* store) {
@@ -100,28 +98,6 @@ double diskMegabytes(const char* name) {
     struct stat info {};
     stat(name, &info);
     return static_cast<double>(info.st_blocks) * 512 / kMega;
-}
-
-// Runs the measure and its floor once per iteration, taking turns at going first so that
-// neither always runs in the other's wake (freed page cache, write-back under way). Both return
-// the seconds of their own timed part only.
-template <class Measure, class Floor>
-void alternate(benchmark::State& state, Measure measure, Floor floor) {
-    double total = 0, floorTotal = 0;
-    bool floorFirst = false;
-    for (auto _ : state) {
-        if (floorFirst)
-            floorTotal += floor();
-        double seconds = measure();
-        state.SetIterationTime(seconds);
-        total += seconds;
-        if (!floorFirst)
-            floorTotal += floor();
-        floorFirst = !floorFirst;
-    }
-    state.counters["floor_ms"] =
-        benchmark::Counter(floorTotal * 1e3, benchmark::Counter::kAvgIterations);
-    state.counters["ratio"] = floorTotal > 0 ? total / floorTotal : 0;
 }
 
 void measureLoad(benchmark::State& state) {

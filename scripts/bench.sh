@@ -1,33 +1,47 @@
 #!/usr/bin/env bash
-# Builds the benchmarks (Release, in build-bench/) and prints, per list size and measure, the
-# median over repetitions beside its floor. Usage: scripts/bench.sh [repetitions] [benchmark args]
+# Builds the benchmarks and prints one table of medians beside their floors, the user interface's
+# under a private Xvfb. Usage: scripts/bench.sh [repetitions] [benchmark args for both programs]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 reps=${1:-5}
 shift || true
-scripts/install-deps.sh libbenchmark-dev jq
-cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=Release -DPINDLE_BENCHMARKS=ON \
-  -DPINDLE_BUILD_TESTS=OFF >/dev/null
-cmake --build build-bench -j"$(nproc)" --target store_bench >/dev/null
-out=build-bench/store_bench.json
-build-bench/store_bench --benchmark_repetitions="$reps" --benchmark_report_aggregates_only=true \
-  --benchmark_out="$out" --benchmark_out_format=json "$@" >build-bench/store_bench.log 2>&1
+scripts/build-benchmarks.sh
+run=(--benchmark_repetitions="$reps" --benchmark_report_aggregates_only=true
+     --benchmark_out_format=json "$@")
+build-bench/store_bench "${run[@]}" --benchmark_out=build-bench/store_bench.json \
+  >build-bench/store_bench.log 2>&1
 
-# Times in ms or us; for the peak RSS row the "median" is the peak and the "floor" is N x 32124 bytes.
-# A single repetition has no aggregates, so its plain rows stand in for the medians.
-jq -r '
+# A display number of our own, so no other X server or test run shares the machine's screen.
+display=:$((90 + RANDOM % 100))
+Xvfb "$display" -screen 0 1024x768x24 -noreset -nolisten tcp >build-bench/xvfb.log 2>&1 &
+xvfb=$!
+trap 'kill "$xvfb" 2>/dev/null || true' EXIT
+for _ in $(seq 50); do [ -e "/tmp/.X11-unix/X${display#:}" ] && break; sleep 0.1; done
+DISPLAY=$display build-bench/ui_bench "${run[@]}" --benchmark_out=build-bench/ui_bench.json \
+  >build-bench/ui_bench.log 2>&1
+
+# Times in ms or us. Peak RSS rows: the "median" is the peak, the "floor" N x 32124 bytes. The
+# start-up floor is the same program started on empty files. A single repetition has no
+# aggregates, so its plain rows stand in for the medians.
+jq -rs '
   def fmt: if . >= 100 then (. * 10 | round / 10) elif . >= 1 then (. * 1000 | round / 1000)
     else (. * 1e6 | round / 1e6) end | tostring;
   def time: if . >= 1 then (fmt + " ms") else ((. * 1000 | fmt) + " us") end;
+  def rss($what): [$what, (.peak_mb | fmt) + " MB", (.data_mb | fmt) + " MB",
+    ((.peak_ratio // .ratio) | fmt), "budget " + (.budget_mb | fmt) + " MB"];
   ["N", "measure", "median", "floor", "ratio", "note"],
-  (.benchmarks[] | select(.aggregate_name == "median" or .run_type == "iteration")
+  ([.[].benchmarks[]] | .[] | select(.aggregate_name == "median" or .run_type == "iteration")
    | (.run_name | split("/")) as $p
-   | if $p[0] == "load_peak_rss" then
-       [$p[1], "load peak RSS", (.peak_mb | fmt) + " MB", (.data_mb | fmt) + " MB",
-        (.ratio | fmt), "budget " + (.budget_mb | fmt) + " MB"]
+   | if $p[0] == "load_peak_rss" then [$p[1]] + rss("load peak RSS")
+     elif $p[0] == "startup" then
+       [$p[1], "start-up", (.real_time | time), (.floor_ms | time), (.ratio | fmt),
+        "to the main window mapped"], [$p[1]] + rss("start-up peak RSS")
      else
-       [$p[1], $p[0], (.real_time | time), (.floor_ms | time), (.ratio | fmt),
+       [$p[1], ($p[0] | sub("rebuild_all"; "rebuild, completed shown")
+                      | sub("rebuild_default"; "rebuild, default")),
+        (.real_time | time), (.floor_ms | time), (.ratio | fmt),
         if .disk_mb then "disk " + (.disk_mb | fmt) + " MB vs " + (.floor_disk_mb | fmt) + " MB"
+        elif .lines then (.lines | tostring) + " lines"
         else "" end]
      end)
-  | @tsv' "$out" | column -t -s $'\t'
+  | @tsv' build-bench/store_bench.json build-bench/ui_bench.json | column -t -s $'\t'

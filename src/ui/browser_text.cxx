@@ -42,6 +42,14 @@ bool hasHarmfulCodes(const char* column) {
 void append(char* line, std::size_t size, const char* text, bool columnStart) {
     char* out = line + std::strlen(line);
     const char* end = line + size - 1;
+    // Text that fits without an "@" holds no codes to guard: one copy, as list rebuilds need.
+    std::size_t room = static_cast<std::size_t>(end - out);
+    std::size_t length = strnlen(text, room);
+    if (std::memchr(text, '@', length) == nullptr) {
+        std::memcpy(out, text, length);
+        out[length] = '\0';
+        return;
+    }
     for (; *text != '\0' && out < end; text++) {
         if (columnStart && *text == '@' && hasHarmfulCodes(text)) {
             if (end - out < 3)

@@ -1,0 +1,42 @@
+// Timing helpers shared by the benchmark programs: a measure is always timed beside its floor,
+// the least the machine must do for the same work, and the two take turns.
+#ifndef PINDLE_BENCH_TIMING_H
+#define PINDLE_BENCH_TIMING_H
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+
+namespace BenchTiming {
+
+using Clock = std::chrono::steady_clock;
+
+inline double secondsSince(Clock::time_point start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+// Runs the measure and its floor once per iteration, taking turns at going first so that
+// neither always runs in the other's wake (freed page cache, write-back under way). Both return
+// the seconds of their own timed part only. Adds the "floor_ms" and "ratio" counters.
+template <class Measure, class Floor>
+void alternate(benchmark::State& state, Measure measure, Floor floor) {
+    double total = 0, floorTotal = 0;
+    bool floorFirst = false;
+    for (auto _ : state) {
+        if (floorFirst)
+            floorTotal += floor();
+        double seconds = measure();
+        state.SetIterationTime(seconds);
+        total += seconds;
+        if (!floorFirst)
+            floorTotal += floor();
+        floorFirst = !floorFirst;
+    }
+    state.counters["floor_ms"] =
+        benchmark::Counter(floorTotal * 1e3, benchmark::Counter::kAvgIterations);
+    state.counters["ratio"] = floorTotal > 0 ? total / floorTotal : 0;
+}
+
+} // namespace BenchTiming
+
+#endif
