@@ -3,7 +3,7 @@
 #ifndef PINDLE_RECORD_STORE_H
 #define PINDLE_RECORD_STORE_H
 
-#include "sparse_writer.h"
+#include "staged_writer.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -71,9 +71,6 @@ public:
     // Rewrites the whole file. An empty list leaves it truncated to nothing; a file that cannot
     // be opened or written while there are records to keep ends the program with status 200.
     void save() {
-        // Still opened with fopen "wb", for the same permissions and open failures as ever, and
-        // because it empties the old file: the writer leaves holes where the records hold
-        // zeros, and those must read back as zeros, not as what was there before.
         file = std::fopen(fileName, "wb");
         if (head == nullptr) {
             if (file != nullptr)
@@ -84,7 +81,9 @@ public:
             std::fprintf(stderr, "could not open file %s\n", fileName);
             std::exit(200);
         }
-        SparseWriter out(fileno(file));
+        // Written through the descriptor, unbuffered by stdio, so no failure can hide in a
+        // buffer until fclose.
+        StagedWriter out(fileno(file));
         for (const Record* r : order_) {
             unsigned char* block = out.next(Record::kFileSize);
             if (block == nullptr)
