@@ -84,7 +84,7 @@ void sortForList(std::vector<Listed>& listed) {
     std::stable_sort(listed.begin(), listed.end(), [](const Listed& a, const Listed& b) {
         if (a.dayNumber != b.dayNumber)
             return a.dayNumber < b.dayNumber;
-        return a.record->priority < b.record->priority;
+        return a.priority < b.priority;
     });
 }
 

@@ -169,6 +169,7 @@ void TodoWindow::fillTodoBrowser() {
     const char* filter = selectedText(categoryFilter);
     bool showCompleted = showCompletedButton->value() == 1;
     std::vector<TodoLine::Listed> listed;
+    listed.reserve(static_cast<std::size_t>(todoStore.count()));
     for (TodoRecord* r = todoStore.head; r != nullptr; r = r->next) {
         if (filtered && std::strcmp(filter, r->category) != 0)
             continue;
@@ -176,7 +177,7 @@ void TodoWindow::fillTodoBrowser() {
         TodoLine::Form form = TodoLine::formOf(*r, dayNumber, todayNumber);
         if (form == TodoLine::Form::Completed && !showCompleted)
             continue;
-        listed.push_back({r, dayNumber, form});
+        listed.push_back({r, dayNumber, r->priority, form});
     }
     TodoLine::sortForList(listed);
     for (const TodoLine::Listed& l : listed) {
