@@ -37,6 +37,18 @@ void alternate(benchmark::State& state, Measure measure, Floor floor) {
     state.counters["ratio"] = floorTotal > 0 ? total / floorTotal : 0;
 }
 
+// Peak resident memory against the bytes of the records it holds and the budget of 1.1 times
+// those plus 30 MB. Adds "peak_mb", "data_mb", "budget_mb" and the named ratio.
+inline void reportPeak(benchmark::State& state, long peakKiB, double dataBytes,
+                       const char* ratioName) {
+    constexpr double kMega = 1e6;
+    double peakBytes = static_cast<double>(peakKiB) * 1024;
+    state.counters["peak_mb"] = peakBytes / kMega;
+    state.counters["data_mb"] = dataBytes / kMega;
+    state.counters["budget_mb"] = (1.1 * dataBytes + 30 * kMega) / kMega;
+    state.counters[ratioName] = peakBytes / dataBytes;
+}
+
 } // namespace BenchTiming
 
 #endif

@@ -184,11 +184,8 @@ void measureLoadPeakRss(benchmark::State& state) {
             state.SkipWithError("the loading process failed");
         peakKiB = usage.ru_maxrss;
     }
-    double data = static_cast<double>(count) * TodoRecord::kFileSize;
-    state.counters["peak_mb"] = static_cast<double>(peakKiB) * 1024 / kMega;
-    state.counters["data_mb"] = data / kMega;
-    state.counters["budget_mb"] = (1.1 * data + 30 * kMega) / kMega;
-    state.counters["ratio"] = static_cast<double>(peakKiB) * 1024 / data;
+    BenchTiming::reportPeak(state, peakKiB, static_cast<double>(count) * TodoRecord::kFileSize,
+                            "ratio");
 }
 
 void registerAll() {
