@@ -68,27 +68,13 @@ click() {
   xdotool click 1
 }
 
-# Prints the id of a question box: a visible window without a title that is not as wide as
-# the screen (the X server may hold such a window of its own).
-find_box() {
-  local id geometry
-  for id in $(xdotool search --onlyvisible --name '^$' 2>/dev/null); do
-    geometry=$(xdotool getwindowgeometry "$id" | sed -n 's/.*Geometry: //p')
-    [ "${geometry%%x*}" -lt 1000 ] && { echo "$id"; return 0; }
-  done
-  return 1
-}
-
 # Answers the question box with its Return button, which is "Yes" (10 s at most).
 answer_yes() {
-  local box=""
-  for _ in $(seq 100); do
-    box=$(find_box) && break
-    sleep 0.1
-  done
-  [ -n "$box" ] || fail "no question box appeared"
-  xdotool mousemove --sync --window "$box" 10 10 key Return
-  sleep 0.2
+  local box
+  box=$(wait_untitled)
+  point "$box" 10 10
+  xdotool key Return
+  wait_untitled_gone
 }
 
 # Waits for the program to end (10 s at most) and sets RC to its exit status.
