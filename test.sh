@@ -3,8 +3,8 @@
 # under a private Xvfb server. Pass --sanitize for the AddressSanitizer/UBSan build.
 set -euo pipefail
 cd "$(dirname "$0")"
-scripts/install-deps.sh
-dir=$(scripts/build.sh "$@" | tail -n 1)
+scripts/install-deps.sh --tests
+dir=$(scripts/build.sh --tests "$@" | tail -n 1)
 # The toolkit's font library keeps caches it never frees; only those leaks are suppressed.
 export LSAN_OPTIONS="suppressions=$PWD/tests/lsan.supp:print_suppressions=0"
 run=(ctest --test-dir "$dir" --output-on-failure -j"$(nproc)")

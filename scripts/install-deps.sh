@@ -1,10 +1,18 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the build and the tests need, only those that are missing.
+# Installs the Debian packages a part of the project needs, only those that are missing.
+# usage: install-deps.sh [--tests] [PACKAGE...]
+#   alone: what building the program takes (compiler, CMake, FLTK)
+#   --tests: also what the test suites run (GoogleTest, Xvfb and xdotool, Python, validators)
+#   PACKAGE...: anything more a script of its own needs (clang for fuzzing, ...)
 set -euo pipefail
 
-packages=(cmake g++ make pkg-config libfltk1.3-dev libgtest-dev libgmock-dev
-          xvfb xauth xdotool x11-apps x11-utils
-          desktop-file-utils appstream man-db groff-base librsvg2-bin python3 python3-icalendar)
+packages=(cmake g++ make libfltk1.3-dev)
+if [ "${1:-}" = "--tests" ]; then
+  shift
+  packages+=(libgtest-dev libgmock-dev xvfb xauth xdotool x11-apps x11-utils imagemagick
+             desktop-file-utils appstream man-db groff-base librsvg2-bin
+             python3 python3-icalendar)
+fi
 packages+=("$@")
 
 missing=()
@@ -13,11 +21,13 @@ for p in "${packages[@]}"; do
 done
 [ ${#missing[@]} -eq 0 ] && exit 0
 
-sudo=""
+sudo=()
 if [ "$(id -u)" -ne 0 ]; then
   command -v sudo >/dev/null || { echo "need root or sudo to install: ${missing[*]}" >&2; exit 1; }
-  sudo="sudo"
+  sudo=(sudo)
 fi
-echo "installing: ${missing[*]}"
-$sudo apt-get update -qq
-DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+echo "installing: ${missing[*]}" >&2
+export DEBIAN_FRONTEND=noninteractive
+"${sudo[@]}" apt-get update -qq
+"${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
+  "${missing[@]}" >/dev/null

@@ -3,7 +3,7 @@
 # the entry dialog, and the category tab. Runs the built program on a private Xvfb display.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
-"$root/scripts/install-deps.sh" imagemagick
+"$root/scripts/install-deps.sh" --tests
 app="$root/$("$root/scripts/build.sh" | tail -n 1)/pindle_todo"
 
 work=$(mktemp -d)
