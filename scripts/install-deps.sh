@@ -28,6 +28,6 @@ if [ "$(id -u)" -ne 0 ]; then
 fi
 echo "installing: ${missing[*]}" >&2
 export DEBIAN_FRONTEND=noninteractive
-"${sudo[@]}" apt-get update -qq
+"${sudo[@]}" apt-get update -qq -o DPkg::Lock::Timeout=300
 "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
-  "${missing[@]}" >/dev/null
+  -o DPkg::Lock::Timeout=300 "${missing[@]}" >/dev/null
