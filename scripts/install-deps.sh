@@ -27,7 +27,6 @@ if [ "$(id -u)" -ne 0 ]; then
   sudo=(sudo)
 fi
 echo "installing: ${missing[*]}" >&2
-export DEBIAN_FRONTEND=noninteractive
 "${sudo[@]}" apt-get update -qq -o DPkg::Lock::Timeout=300
 "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
   -o DPkg::Lock::Timeout=300 "${missing[@]}" >/dev/null
