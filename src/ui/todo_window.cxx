@@ -253,7 +253,8 @@ void TodoWindow::fillRecord(TodoRecord* record) {
     // In this order: each copy may end on the first byte of the next field.
     record->setCategory(selectedText(entryDialog.categoryChoice));
     record->setDescription(entryDialog.descriptionInput->value());
-    char* notes = entryDialog.notesBuffer.text_range(0, TodoRecord::kNotesMax);
+    // The whole text: the record cuts it to its field, never inside a character.
+    char* notes = entryDialog.notesBuffer.text();
     record->setNotes(notes);
     std::free(notes);
 }
