@@ -1,17 +1,20 @@
 #!/usr/bin/env bash
 # Installs the Debian packages a part of the project needs, only those that are missing.
 # usage: install-deps.sh [--tests] [PACKAGE...]
-#   alone: what building the program takes (compiler, CMake, FLTK)
-#   --tests: also what the test suites run (GoogleTest, Xvfb and xdotool, Python, validators)
+#   alone: what building the programs takes (compiler, CMake, FLTK; libcurl, libical, pugixml
+#          and nlohmann-json for pindle_sync)
+#   --tests: also what the test suites run (GoogleTest, Xvfb and xdotool, Python, validators,
+#            a Radicale CalDAV server and the caldav client for the sync tests)
 #   PACKAGE...: anything more a script of its own needs (clang for fuzzing, ...)
 set -euo pipefail
 
-packages=(cmake g++ make libfltk1.3-dev)
+packages=(cmake g++ make pkg-config libfltk1.3-dev
+          libcurl4-openssl-dev libical-dev libpugixml-dev nlohmann-json3-dev)
 if [ "${1:-}" = "--tests" ]; then
   shift
   packages+=(libgtest-dev libgmock-dev xvfb xauth xdotool x11-apps x11-utils imagemagick
              desktop-file-utils appstream man-db groff-base librsvg2-bin
-             python3 python3-icalendar)
+             python3 python3-icalendar radicale python3-caldav)
 fi
 packages+=("$@")
 
