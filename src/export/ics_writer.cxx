@@ -1,6 +1,8 @@
 // The VTODO fields and the export's VCALENDAR.
 #include "ics_writer.h"
 
+#include "fnv_hash.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -12,31 +14,6 @@ namespace {
 
 // 9999-12-31T23:59:59Z: DTSTAMP has room for four digits of year only.
 constexpr long long kLastStamp = 253402300799LL;
-
-class Fnv1a {
-public:
-    void add(const void* data, std::size_t size) {
-        const auto* bytes = static_cast<const unsigned char*>(data);
-        for (std::size_t i = 0; i < size; i++) {
-            hash_ ^= bytes[i];
-            hash_ *= 0x100000001b3ULL;
-        }
-    }
-    // Big-endian, so the hash (and so the UID) is the same on every host.
-    void addInt(long long value) {
-        unsigned char bytes[8];
-        auto u = static_cast<unsigned long long>(value);
-        for (int i = 7; i >= 0; i--, u >>= 8)
-            bytes[i] = static_cast<unsigned char>(u);
-        add(bytes, sizeof bytes);
-    }
-    // With its terminator, so that moving bytes between neighbouring fields changes the hash.
-    void addText(const std::string& text) { add(text.c_str(), text.size() + 1); }
-    std::uint64_t value() const { return hash_; }
-
-private:
-    std::uint64_t hash_ = 0xcbf29ce484222325ULL;
-};
 
 std::string uid(int position, const TodoRecord& record) {
     char text[48];
@@ -79,8 +56,8 @@ void setCategory(icalcomponent* vtodo, const std::string& category) {
 
 // An open to-do loses what other clients take for done, so that they show it open too.
 void setStatus(icalcomponent* vtodo, bool completed) {
-    replace(vtodo, icalproperty_new_status(completed ? ICAL_STATUS_COMPLETED
-                                                     : ICAL_STATUS_NEEDSACTION));
+    replace(vtodo,
+            icalproperty_new_status(completed ? ICAL_STATUS_COMPLETED : ICAL_STATUS_NEEDSACTION));
     if (!completed) {
         removeAll(vtodo, ICAL_COMPLETED_PROPERTY);
         removeAll(vtodo, ICAL_PERCENTCOMPLETE_PROPERTY);
@@ -152,7 +129,7 @@ std::string cleanText(const std::string& text) {
 
 std::uint64_t recordHash(int position, const TodoRecord& record) {
     TodoView view(record);
-    Fnv1a hash;
+    FnvHash hash;
     hash.addInt(position);
     hash.addInt(record.month);
     hash.addInt(record.day);
