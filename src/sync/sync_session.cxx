@@ -38,6 +38,9 @@ bool SyncSession::run(std::string& error) {
         settleEntry(i);
     takeServerAdds();
     sendAll();
+    token_ = scan_.newToken();
+    if (!dryRun_ && tally_.sentNew + tally_.sentChanged + tally_.sentDeleted > 0)
+        catchUpToken();
     rebuildState();
     return true;
 }
@@ -320,6 +323,29 @@ void SyncSession::sendDelete(const SyncEntry& entry) {
         dangling_.push_back(entry);
 }
 
+// The token read before this sync's own writes would show them to the next sync as changes. When
+// a listing from it holds nothing but those writes, its newer token is taken, so that the next
+// sync has nothing to read; anything else there leaves the older token for the next sync.
+void SyncSession::catchUpToken() {
+    RemoteScan after(client_);
+    std::string error;
+    if (!after.list(token_, error) || after.complete())
+        return;
+    std::unordered_map<std::string, std::string> ours;
+    for (const auto& [record, entry] : links_)
+        ours[entry.path] = entry.etag;
+    for (const auto& [path, task] : after.present()) {
+        auto found = ours.find(path);
+        if (found == ours.end() || found->second != task.etag || task.etag.empty())
+            return;
+    }
+    for (const std::string& path : after.removed()) {
+        if (ours.count(path) != 0)
+            return;
+    }
+    token_ = after.newToken();
+}
+
 void SyncSession::note(const std::string& line) {
     if (dryRun_)
         plan_.push_back(line);
@@ -334,5 +360,5 @@ void SyncSession::rebuildState() {
             state_.entries.push_back(found->second);
     }
     state_.entries.insert(state_.entries.end(), dangling_.begin(), dangling_.end());
-    state_.syncToken = scan_.newToken();
+    state_.syncToken = token_;
 }

@@ -71,6 +71,7 @@ private:
     bool put(const std::string& path, const std::string& body, const std::string& condition,
              HttpReply& reply);
     bool accepted(const char* what, bool sent, const HttpReply& reply);
+    void catchUpToken();
     void note(const std::string& line);
     void rebuildState();
 
@@ -81,6 +82,7 @@ private:
     Progress& progress_;
     bool dryRun_;
     RemoteScan scan_;
+    std::string token_;
     int today_[3] = {0, 0, 0};
 
     std::vector<TodoRecord*> records_; // the local list as found
