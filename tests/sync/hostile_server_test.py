@@ -5,6 +5,7 @@ reply a test gives it. No reply may crash the sync or put anything outside its f
 Usage: hostile_server_test.py PINDLE_SYNC"""
 
 import http.server
+import json
 import os
 import threading
 import unittest
@@ -15,6 +16,7 @@ import sync_fixture as fx
 
 class Hostile(http.server.BaseHTTPRequestHandler):
     reply = b""
+    put_status = 201
 
     def do_REPORT(self):
         self.rfile.read(int(self.headers.get("Content-Length", 0)))
@@ -22,7 +24,7 @@ class Hostile(http.server.BaseHTTPRequestHandler):
 
     def do_PUT(self):
         self.rfile.read(int(self.headers.get("Content-Length", 0)))
-        self.answer(201, b"", [("ETag", '"new"')])
+        self.answer(type(self).put_status, b"", [("ETag", '"new"')])
 
     def answer(self, status, body, headers=()):
         self.send_response(status)
@@ -64,9 +66,9 @@ class HostileReplies(unittest.TestCase):
         cls.server.shutdown()
         cls.server.server_close()
 
-    def sync(self, reply):
+    def sync(self, reply, todos=()):
         Hostile.reply = reply
-        self.folder = fx.Folder([], [b"Unassigned"])
+        self.folder = fx.Folder(list(todos), [b"Unassigned"])
         self.addCleanup(self.folder.close)
         result = self.folder.sync(self.url)
         self.assertGreaterEqual(result.returncode, 0, "killed by a signal")
@@ -117,6 +119,19 @@ class HostileReplies(unittest.TestCase):
                 self.assertEqual(result.returncode, 1)
                 self.assertEqual(sorted(os.listdir(self.folder.path)), ["cat.db", "pindle_todo.db"])
                 self.assertEqual(self.folder.todos(), [])
+
+    def test_refused_writes_are_reported_and_left_for_the_next_sync(self):
+        for status, reason in ((412, b"kept changing"), (500, b"answered 500")):
+            with self.subTest(status=status):
+                Hostile.put_status = status
+                self.addCleanup(setattr, Hostile, "put_status", 201)
+                new = fx.records.Todo(1, 2, 2030, 0, 0, b"Unassigned", b"New here", b"")
+                result = self.sync(multistatus(), [new])
+                self.assertEqual(result.returncode, 1)
+                self.assertIn(reason, result.stderr)
+                self.assertEqual(self.folder.todos(), [new])
+                with open(os.path.join(self.folder.path, ".pindle_sync.json")) as f:
+                    self.assertEqual(json.load(f)["todos"], [])
 
 
 if __name__ == "__main__":
