@@ -74,6 +74,19 @@ struct Folder {
     SyncState state;
 };
 
+void add(SyncSession::Tally& total, const SyncSession::Tally& t) {
+    total.sentNew += t.sentNew;
+    total.sentChanged += t.sentChanged;
+    total.sentDeleted += t.sentDeleted;
+    total.gotNew += t.gotNew;
+    total.gotChanged += t.gotChanged;
+    total.gotDeleted += t.gotDeleted;
+    total.conflicts += t.conflicts;
+    total.unsent += t.unsent;
+    // Only the last pass says whether a race is left.
+    total.raced = t.raced;
+}
+
 int syncFolder(const SyncOptions& options, DavClient& client, Folder& folder) {
     Progress progress;
     SyncSession::Tally total;
@@ -87,12 +100,12 @@ int syncFolder(const SyncOptions& options, DavClient& client, Folder& folder) {
             return fail(kFailed, error);
         for (const std::string& line : session.plan())
             std::printf("%s\n", line.c_str());
-        const SyncSession::Tally& t = session.tally();
-        total = t;
-        failure = session.firstFailure();
+        add(total, session.tally());
+        if (failure.empty())
+            failure = session.firstFailure();
         changedTodos = changedTodos || session.localChanged();
         changedCategories = changedCategories || session.categoriesChanged();
-        if (t.raced == 0 || options.dryRun)
+        if (total.raced == 0 || options.dryRun)
             break;
     }
     if (options.dryRun)

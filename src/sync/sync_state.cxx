@@ -6,6 +6,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -95,7 +96,11 @@ bool SyncState::save(std::string& error) const {
               {"user", user},
               {"sync_token", syncToken},
               {"todos", todos}};
-    std::string text = j.dump(1) + "\n";
+    std::string text = j.dump(1, ' ', false, json::error_handler_t::replace) + "\n";
+    // Unchanged, the file is left alone: a sync with nothing new touches nothing.
+    std::ifstream old(kFileName, std::ios::binary);
+    if (old && std::string(std::istreambuf_iterator<char>(old), {}) == text)
+        return true;
     std::string temporary = std::string(kFileName) + ".new";
     int fd = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
     bool ok = fd >= 0 && fchmod(fd, 0600) == 0 && writeAll(fd, text) && fsync(fd) == 0;
