@@ -12,9 +12,12 @@
 
 namespace LocalMatcher {
 
-// A new record in a gap at the end is taken for an old one changed only when they are at least
-// this alike; before the end, where new records cannot be, any pairing is taken.
-constexpr int kTailLikeness = 4;
+// A new record in a gap at the end is taken for an old one changed when they are at least this
+// alike (two fields in common); before the end, where new records cannot be, any pairing is
+// taken. Taking a deleted and an added to-do for one changed costs nothing but the task's
+// identity; taking a changed one for deleted and added would lose what other clients keep on
+// its task, so the bar is low.
+constexpr int kTailLikeness = 2;
 
 // For each digest of `last`, the index in `now` of the record it became, or -1 when it is gone.
 std::vector<int> match(const std::vector<RecordDigest>& last, const std::vector<RecordDigest>& now);

@@ -29,8 +29,9 @@ void Progress::step() {
     bool last = done_ == total_;
     if (now - began_ < kMoment || (!last && shown_ && now - lastShown_ < kRedraw))
         return;
-    std::fprintf(stderr, "\rpindle_sync: %d of %d", done_, total_);
+    // The line is finished with the last step, so that what the sync says next starts afresh.
+    std::fprintf(stderr, "\rpindle_sync: %d of %d%s", done_, total_, last ? "\n" : "");
     std::fflush(stderr);
-    shown_ = true;
+    shown_ = !last;
     lastShown_ = now;
 }

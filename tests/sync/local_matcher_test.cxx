@@ -1,7 +1,7 @@
 // Finding the to-dos of the last sync in the file as it is now: each case is the old and the new
 // list as letters (a capital and its small letter are one to-do before and after a change of its
-// description, its notes the same; '*' is a new to-do with a date of its own) and where each old
-// one was found.
+// description, its notes the same; '*' is a new to-do with its own date, priority and category)
+// and where each old one was found.
 #include "local_matcher.h"
 
 #include <gtest/gtest.h>
@@ -14,12 +14,14 @@ namespace {
 
 RecordDigest digestOf(char letter) {
     TodoRecord r;
-    r.month = letter == '*' ? 7 : 3;
+    bool fresh = letter == '*';
+    r.month = fresh ? 7 : 3;
     r.day = 1;
     r.year = 2030;
+    r.priority = fresh ? 4 : 0;
     char text[2] = {letter, '\0'};
     char notes[2] = {static_cast<char>(std::toupper(static_cast<unsigned char>(letter))), '\0'};
-    r.setCategory("Unassigned");
+    r.setCategory(fresh ? "Work" : "Unassigned");
     r.setDescription(text);
     r.setNotes(notes);
     return RecordDigest::of(r);

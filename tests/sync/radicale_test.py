@@ -16,6 +16,12 @@ def todo(description, notes=b"", category=b"Unassigned", month=3, day=1, year=20
     return Todo(month, day, year, priority, completed, category, description, notes)
 
 
+def categories(task):
+    """Every category of a task, whether in one CATEGORIES line or several."""
+    value = task.get("CATEGORIES", [])
+    return [c for line in (value if isinstance(value, list) else [value]) for c in line.cats]
+
+
 def by_summary(calendar):
     return {str(t["SUMMARY"]): t for t in fx.tasks(calendar).values()}
 
@@ -77,7 +83,7 @@ class Sync(unittest.TestCase):
             self.assertEqual(task.decoded("DUE"), due)
             self.assertEqual(task.get("PRIORITY"), priority)
             self.assertEqual(str(task["STATUS"]), status)
-            self.assertEqual(task["CATEGORIES"].cats, [category])
+            self.assertEqual(categories(task), [category])
         self.assert_nothing_new(folder)
         self.assertEqual(os.stat(os.path.join(folder.path, ".pindle_sync.json")).st_mode & 0o777,
                          0o600)
@@ -120,6 +126,35 @@ class Sync(unittest.TestCase):
         self.assertEqual(got["E"]["PRIORITY"], 3)
         self.assert_nothing_new(folder)
 
+    def test_a_local_change_keeps_what_the_server_task_has_beyond_it(self):
+        self.device.save_todo(fx.vtodo("rich", "Rich", CATEGORIES="Home,Garden",
+                                       DTSTART="20300101T090000Z", DUE="20300105T090000Z",
+                                       X_OTHER_CLIENT="kept"))
+        folder = self.folder([])
+        self.sync(folder)
+        (rich,) = folder.todos()
+        folder.write([rich._replace(description=b"Rich, edited", completed=1)])
+        self.sync(folder)
+        task = fx.tasks(self.device)["rich"]
+        self.assertEqual(str(task["SUMMARY"]), "Rich, edited")
+        self.assertEqual(str(task["STATUS"]), "COMPLETED")
+        self.assertEqual(categories(task), ["Home", "Garden"])
+        self.assertEqual(str(task["X-OTHER-CLIENT"]), "kept")
+        self.assertEqual(task.decoded("DTSTART"),
+                         datetime.datetime(2030, 1, 1, 9, tzinfo=datetime.timezone.utc))
+
+    def test_a_lost_state_links_instead_of_doubling(self):
+        folder = self.folder([todo(b"A"), todo(b"B", b"notes")])
+        self.sync(folder)
+        self.device.save_todo(fx.vtodo("phone", "From the phone"))
+        os.remove(os.path.join(folder.path, ".pindle_sync.json"))
+        offset = self.server.log_size()
+        self.sync(folder)
+        self.assertNotIn("PUT", self.server.requests_since(offset))
+        self.assertEqual([t.description for t in folder.todos()], [b"A", b"B", b"From the phone"])
+        self.assertEqual(len(fx.tasks(self.device)), 3)
+        self.assert_nothing_new(folder)
+
     def test_both_sides_changed_keeps_both(self):
         folder = self.folder([todo(b"A"), todo(b"B")])
         self.sync(folder)
@@ -158,8 +193,8 @@ class Sync(unittest.TestCase):
         self.sync(folder)
         uids = {str(t["SUMMARY"]): uid for uid, t in fx.tasks(self.device).items()}
         self.device.todo_by_uid(uids["A"]).delete()
-        # A new to-do gets today's date: unlike the deleted one, it is not taken for that one changed.
-        new = todo(b"New", month=5)
+        # Unlike the deleted one in date, priority and category: not taken for that one changed.
+        new = todo(b"New", category=b"Work", month=5, priority=3)
         folder.write([todo(b"A"), new])
         before, offset = folder.snapshot(), self.server.log_size()
         result = self.sync(folder, "--dry-run")
