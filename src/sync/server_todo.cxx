@@ -22,7 +22,11 @@ std::string oneLine(std::string text) {
 
 std::string textOf(icalcomponent* vtodo, icalproperty_kind kind) {
     icalproperty* p = icalcomponent_get_first_property(vtodo, kind);
-    const char* text = p != nullptr ? icalvalue_get_text(icalproperty_get_value(p)) : nullptr;
+    icalvalue* value = p != nullptr ? icalproperty_get_value(p) : nullptr;
+    // A value of another kind has no text to read: its union holds something else.
+    if (value == nullptr || icalvalue_isa(value) != ICAL_TEXT_VALUE)
+        return "";
+    const char* text = icalvalue_get_text(value);
     return text != nullptr ? text : "";
 }
 
