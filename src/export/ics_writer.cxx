@@ -1,54 +1,19 @@
-// The VCALENDAR and its VTODOs.
+// The VTODO fields and the export's VCALENDAR.
 #include "ics_writer.h"
 
-#include "todo_view.h"
-#include "utf8_text.h"
+#include "fnv_hash.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <memory>
 
 namespace IcsWriter {
 
 namespace {
 
-constexpr std::size_t kLineOctets = 75;
 // 9999-12-31T23:59:59Z: DTSTAMP has room for four digits of year only.
 constexpr long long kLastStamp = 253402300799LL;
-
-class Fnv1a {
-public:
-    void add(const void* data, std::size_t size) {
-        const auto* bytes = static_cast<const unsigned char*>(data);
-        for (std::size_t i = 0; i < size; i++) {
-            hash_ ^= bytes[i];
-            hash_ *= 0x100000001b3ULL;
-        }
-    }
-    // Big-endian, so the hash (and so the UID) is the same on every host.
-    void addInt(long long value) {
-        unsigned char bytes[8];
-        auto u = static_cast<unsigned long long>(value);
-        for (int i = 7; i >= 0; i--, u >>= 8)
-            bytes[i] = static_cast<unsigned char>(u);
-        add(bytes, sizeof bytes);
-    }
-    // With its terminator, so that moving bytes between neighbouring fields changes the hash.
-    void addText(const std::string& text) { add(text.c_str(), text.size() + 1); }
-    std::uint64_t value() const { return hash_; }
-
-private:
-    std::uint64_t hash_ = 0xcbf29ce484222325ULL;
-};
-
-std::string stampText(std::time_t stamp) {
-    std::tm utc{};
-    gmtime_r(&stamp, &utc);
-    char text[32];
-    std::strftime(text, sizeof text, "%Y%m%dT%H%M%SZ", &utc);
-    return text;
-}
 
 std::string uid(int position, const TodoRecord& record) {
     char text[48];
@@ -57,25 +22,78 @@ std::string uid(int position, const TodoRecord& record) {
     return text;
 }
 
-void writeTodo(std::ostream& out, int position, const TodoView& todo, const std::string& stamp) {
-    writeFolded(out, "BEGIN:VTODO");
-    writeFolded(out, "UID:" + uid(position, todo.record()));
-    writeFolded(out, "DTSTAMP:" + stamp);
-    writeFolded(out, "SUMMARY:" + escapeText(todo.description()));
-    if (!todo.notes().empty())
-        writeFolded(out, "DESCRIPTION:" + escapeText(todo.notes()));
-    if (todo.hasDate())
-        writeFolded(out, "DUE;VALUE=DATE:" + todo.basicDate());
-    // PRIORITY 1-9 runs from highest to lowest, as the list's numbers do; 0 would mean "none".
-    if (todo.priority() >= 1 && todo.priority() <= 9)
-        writeFolded(out, "PRIORITY:" + std::to_string(todo.priority()));
-    writeFolded(out, todo.completed() ? "STATUS:COMPLETED" : "STATUS:NEEDS-ACTION");
-    if (!todo.category().empty())
-        writeFolded(out, "CATEGORIES:" + escapeText(todo.category()));
-    writeFolded(out, "END:VTODO");
+void removeAll(icalcomponent* vtodo, icalproperty_kind kind) {
+    while (icalproperty* p = icalcomponent_get_first_property(vtodo, kind)) {
+        icalcomponent_remove_property(vtodo, p);
+        icalproperty_free(p);
+    }
+}
+
+void replace(icalcomponent* vtodo, icalproperty* property) {
+    removeAll(vtodo, icalproperty_isa(property));
+    icalcomponent_add_property(vtodo, property);
+}
+
+icaltimetype dateOf(const TodoRecord& r) {
+    icaltimetype date = icaltime_null_date();
+    date.year = r.year;
+    date.month = r.month;
+    date.day = r.day;
+    return date;
+}
+
+void setCategory(icalcomponent* vtodo, const std::string& category) {
+    icalproperty* first = icalcomponent_get_first_property(vtodo, ICAL_CATEGORIES_PROPERTY);
+    if (first != nullptr && category.empty()) {
+        icalcomponent_remove_property(vtodo, first);
+        icalproperty_free(first);
+    } else if (first != nullptr) {
+        icalproperty_set_categories(first, category.c_str());
+    } else if (!category.empty()) {
+        icalcomponent_add_property(vtodo, icalproperty_new_categories(category.c_str()));
+    }
+}
+
+// An open to-do loses what other clients take for done, so that they show it open too.
+void setStatus(icalcomponent* vtodo, bool completed) {
+    replace(vtodo,
+            icalproperty_new_status(completed ? ICAL_STATUS_COMPLETED : ICAL_STATUS_NEEDSACTION));
+    if (!completed) {
+        removeAll(vtodo, ICAL_COMPLETED_PROPERTY);
+        removeAll(vtodo, ICAL_PERCENTCOMPLETE_PROPERTY);
+    }
+}
+
+icaltimetype utcTime(std::time_t stamp) {
+    return icaltime_from_timet_with_zone(stamp, 0, icaltimezone_get_utc_timezone());
 }
 
 } // namespace
+
+void setFields(icalcomponent* vtodo, const TodoView& todo) {
+    replace(vtodo, icalproperty_new_summary(cleanText(todo.description()).c_str()));
+    removeAll(vtodo, ICAL_DESCRIPTION_PROPERTY);
+    if (!todo.notes().empty())
+        icalcomponent_add_property(vtodo,
+                                   icalproperty_new_description(cleanText(todo.notes()).c_str()));
+    removeAll(vtodo, ICAL_DUE_PROPERTY);
+    if (todo.hasDate())
+        icalcomponent_add_property(vtodo, icalproperty_new_due(dateOf(todo.record())));
+    // PRIORITY 1-9 runs from highest to lowest, as the list's numbers do; 0 would mean "none".
+    removeAll(vtodo, ICAL_PRIORITY_PROPERTY);
+    if (todo.priority() >= 1 && todo.priority() <= 9)
+        icalcomponent_add_property(vtodo,
+                                   icalproperty_new_priority(static_cast<int>(todo.priority())));
+    setStatus(vtodo, todo.completed());
+    setCategory(vtodo, cleanText(todo.category()));
+}
+
+icalcomponent* newCalendar(const char* prodid) {
+    icalcomponent* calendar = icalcomponent_new(ICAL_VCALENDAR_COMPONENT);
+    icalcomponent_add_property(calendar, icalproperty_new_version("2.0"));
+    icalcomponent_add_property(calendar, icalproperty_new_prodid(prodid));
+    return calendar;
+}
 
 bool chooseStamp(const char* sourceDateEpoch, std::time_t now, std::time_t& stamp) {
     if (sourceDateEpoch == nullptr) {
@@ -93,18 +111,15 @@ bool chooseStamp(const char* sourceDateEpoch, std::time_t now, std::time_t& stam
     return true;
 }
 
-std::string escapeText(const std::string& text) {
+std::string cleanText(const std::string& text) {
     std::string out;
     for (std::size_t i = 0; i < text.size(); i++) {
         char c = text[i];
-        if (c == '\\' || c == ';' || c == ',') {
-            out += '\\';
-            out += c;
-        } else if (c == '\r' || c == '\n') {
+        if (c == '\r' || c == '\n') {
             // CR LF, a lone CR and a lone LF are all one line break.
             if (c == '\r' && i + 1 < text.size() && text[i + 1] == '\n')
                 i++;
-            out += "\\n";
+            out += '\n';
         } else if ((static_cast<unsigned char>(c) >= 0x20 && c != 0x7F) || c == '\t') {
             out += c;
         }
@@ -112,26 +127,9 @@ std::string escapeText(const std::string& text) {
     return out;
 }
 
-void writeFolded(std::ostream& out, const std::string& line) {
-    std::size_t start = 0;
-    std::size_t room = kLineOctets;
-    while (line.size() - start > room) {
-        std::size_t cut = start + room;
-        while (Utf8Text::isContinuation(static_cast<unsigned char>(line[cut])))
-            cut--;
-        out.write(line.data() + start, static_cast<std::streamsize>(cut - start));
-        out << "\r\n ";
-        start = cut;
-        // The leading space of a continuation line counts against its 75 octets.
-        room = kLineOctets - 1;
-    }
-    out.write(line.data() + start, static_cast<std::streamsize>(line.size() - start));
-    out << "\r\n";
-}
-
 std::uint64_t recordHash(int position, const TodoRecord& record) {
     TodoView view(record);
-    Fnv1a hash;
+    FnvHash hash;
     hash.addInt(position);
     hash.addInt(record.month);
     hash.addInt(record.day);
@@ -145,14 +143,19 @@ std::uint64_t recordHash(int position, const TodoRecord& record) {
 }
 
 void write(std::ostream& out, const TodoRecord* head, std::time_t stamp) {
-    std::string stampLine = stampText(stamp);
-    writeFolded(out, "BEGIN:VCALENDAR");
-    writeFolded(out, "VERSION:2.0");
-    writeFolded(out, "PRODID:-//Pindle ToDo//pindle_export//EN");
+    icalcomponent* calendar = newCalendar("-//Pindle ToDo//pindle_export//EN");
     int position = 0;
-    for (const TodoRecord* r = head; r != nullptr; r = r->next)
-        writeTodo(out, position++, TodoView(*r), stampLine);
-    writeFolded(out, "END:VCALENDAR");
+    for (const TodoRecord* r = head; r != nullptr; r = r->next) {
+        icalcomponent* vtodo = icalcomponent_new(ICAL_VTODO_COMPONENT);
+        icalcomponent_add_property(vtodo, icalproperty_new_uid(uid(position++, *r).c_str()));
+        icalcomponent_add_property(vtodo, icalproperty_new_dtstamp(utcTime(stamp)));
+        setFields(vtodo, TodoView(*r));
+        icalcomponent_add_component(calendar, vtodo);
+    }
+    std::unique_ptr<char, decltype(&std::free)> text(icalcomponent_as_ical_string_r(calendar),
+                                                     &std::free);
+    out << text.get();
+    icalcomponent_free(calendar);
 }
 
 } // namespace IcsWriter

@@ -1,5 +1,6 @@
 // The writers' edges that the fixture files of the Python tests leave out: date limits, cell
-// guards, escapes, folding, what the UID hash depends on, and the choice of DTSTAMP.
+// guards, text cleaning, VTODO fields over a server's copy, what the UID hash depends on, and
+// the choice of DTSTAMP.
 #include "csv_writer.h"
 #include "ics_writer.h"
 #include "json_writer.h"
@@ -71,44 +72,42 @@ TEST(JsonWriter, EmptyListsStayValid) {
     EXPECT_EQ(out.str(), "{\n  \"todos\": [],\n  \"categories\": []\n}\n");
 }
 
-TEST(IcsWriter, EscapesText) {
+TEST(IcsWriter, CleansText) {
     const std::pair<const char*, const char*> cases[] = {
-        {"one\ntwo\r\nthree\rfour", "one\\ntwo\\nthree\\nfour"},
+        {"one\ntwo\r\nthree\rfour", "one\ntwo\nthree\nfour"},
         {"tab\tbell\a del\x7f", "tab\tbell del"},
-        {"caf\xc3\xa9", "caf\xc3\xa9"},
+        {"caf\xc3\xa9;,\\", "caf\xc3\xa9;,\\"},
     };
-    for (const auto& [text, escaped] : cases)
-        EXPECT_EQ(IcsWriter::escapeText(text), escaped) << text;
+    for (const auto& [text, cleaned] : cases)
+        EXPECT_EQ(IcsWriter::cleanText(text), cleaned) << text;
 }
 
-std::vector<std::string> foldedLines(const std::string& line) {
-    std::ostringstream out;
-    IcsWriter::writeFolded(out, line);
-    std::vector<std::string> lines;
-    std::string text = out.str();
-    for (std::size_t start = 0; start < text.size();) {
-        std::size_t end = text.find("\r\n", start);
-        EXPECT_NE(end, std::string::npos) << "every line ends with CRLF";
-        lines.push_back(text.substr(start, end - start));
-        start = end + 2;
-    }
-    return lines;
+std::string property(icalcomponent* vtodo, icalproperty_kind kind) {
+    icalproperty* p = icalcomponent_get_first_property(vtodo, kind);
+    return p == nullptr ? "-" : icalproperty_get_value_as_string(p);
 }
 
-TEST(IcsWriter, FoldsAt75OctetsOnCharacterBoundaries) {
-    const std::string euro = "\xe2\x82\xac";
-    struct Case {
-        std::string line;
-        std::vector<std::string> lines;
-    } cases[] = {
-        {std::string(75, 'a'), {std::string(75, 'a')}},
-        {std::string(76, 'a'), {std::string(75, 'a'), " a"}},
-        {std::string(75 + 74, 'a'), {std::string(75, 'a'), " " + std::string(74, 'a')}},
-        {std::string(73, 'a') + euro, {std::string(73, 'a'), " " + euro}},
-        {std::string(72, 'a') + euro + "b", {std::string(72, 'a') + euro, " b"}},
+// A server's VTODO keeps what the to-do does not describe; the fields it does are replaced,
+// and those the to-do lacks are removed.
+TEST(IcsWriter, SetsFieldsOverWhatAVtodoHad) {
+    icalcomponent* vtodo = icalparser_parse_string(
+        "BEGIN:VTODO\r\nUID:u1\r\nSUMMARY:old\r\nDESCRIPTION:old notes\r\nPRIORITY:7\r\n"
+        "DUE:20200101T100000Z\r\nSTATUS:COMPLETED\r\nCOMPLETED:20200102T100000Z\r\n"
+        "PERCENT-COMPLETE:100\r\nCATEGORIES:A,B\r\nDTSTART:20191201T100000Z\r\nEND:VTODO\r\n");
+    ASSERT_NE(vtodo, nullptr);
+    auto r = makeTodo(2, 30, 2005, 11, 0, "Home", "new", "");
+    IcsWriter::setFields(vtodo, TodoView(*r));
+    const std::pair<icalproperty_kind, const char*> expected[] = {
+        {ICAL_UID_PROPERTY, "u1"},          {ICAL_SUMMARY_PROPERTY, "new"},
+        {ICAL_DESCRIPTION_PROPERTY, "-"},   {ICAL_DUE_PROPERTY, "-"},
+        {ICAL_PRIORITY_PROPERTY, "-"},      {ICAL_STATUS_PROPERTY, "NEEDS-ACTION"},
+        {ICAL_COMPLETED_PROPERTY, "-"},     {ICAL_PERCENTCOMPLETE_PROPERTY, "-"},
+        {ICAL_CATEGORIES_PROPERTY, "Home"}, {ICAL_DTSTART_PROPERTY, "20191201T100000Z"},
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(foldedLines(c.line), c.lines) << c.line.size();
+    for (const auto& [kind, value] : expected)
+        EXPECT_EQ(property(vtodo, kind), value) << icalproperty_kind_to_string(kind);
+    EXPECT_EQ(icalcomponent_count_properties(vtodo, ICAL_CATEGORIES_PROPERTY), 2);
+    icalcomponent_free(vtodo);
 }
 
 TEST(IcsWriter, HashChangesWithPositionAndEveryField) {

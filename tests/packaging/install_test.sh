@@ -10,13 +10,14 @@ trap 'rm -rf "$stage"' EXIT
 DESTDIR=$stage "$cmake" --install "$build" --prefix /usr/local >/dev/null
 root=$stage/usr/local
 status=0
-for f in bin/pindle_todo bin/pindle_todo-launcher bin/pindle_export; do
+for f in bin/pindle_todo bin/pindle_todo-launcher bin/pindle_export bin/pindle_sync; do
   [ -x "$root/$f" ] || { echo "missing or not executable: $f"; status=1; }
 done
 for f in share/applications/$app_id.desktop share/metainfo/$app_id.metainfo.xml \
          share/icons/hicolor/scalable/apps/pindle_todo.svg \
          share/icons/hicolor/48x48/apps/pindle_todo.png \
-         share/man/man1/pindle_todo.1 share/man/man1/pindle_export.1; do
+         share/man/man1/pindle_todo.1 share/man/man1/pindle_export.1 \
+         share/man/man1/pindle_sync.1; do
   [ -s "$root/$f" ] || { echo "missing or empty: $f"; status=1; }
 done
 png=$root/share/icons/hicolor/48x48/apps/pindle_todo.png

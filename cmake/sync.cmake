@@ -1,0 +1,63 @@
+# pindle_sync: two-way sync of a data folder with a CalDAV task collection. The classes form a
+# library of their own so that the unit tests and the fuzz target use them without the command
+# line; it links the data layer and the export's iCalendar writer, never the user interface.
+
+set(pindle_sync_sources
+  src/sync/credentials.cxx
+  src/sync/dav_client.cxx
+  src/sync/dav_xml.cxx
+  src/sync/local_matcher.cxx
+  src/sync/progress.cxx
+  src/sync/record_digest.cxx
+  src/sync/remote_scan.cxx
+  src/sync/server_todo.cxx
+  src/sync/sync_options.cxx
+  src/sync/sync_session.cxx
+  src/sync/sync_state.cxx
+  src/sync/task_writer.cxx)
+add_library(pindle_sync_core STATIC ${pindle_sync_sources})
+target_include_directories(pindle_sync_core PUBLIC src/sync)
+target_link_libraries(pindle_sync_core PUBLIC pindle_export_core PkgConfig::LIBCURL
+                      PkgConfig::PUGIXML nlohmann_json::nlohmann_json)
+
+add_executable(pindle_sync src/sync/main.cxx)
+target_link_libraries(pindle_sync PRIVATE pindle_sync_core)
+install(TARGETS pindle_sync RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES packaging/pindle_sync.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+
+if(PINDLE_BUILD_TESTS)
+  add_executable(sync_tests
+    tests/sync/local_matcher_test.cxx
+    tests/sync/server_todo_test.cxx
+    tests/sync/dav_xml_test.cxx)
+  target_include_directories(sync_tests PRIVATE tests)
+  target_link_libraries(sync_tests PRIVATE pindle_sync_core GTest::gtest_main)
+  gtest_discover_tests(sync_tests DISCOVERY_MODE PRE_TEST)
+
+  # Against a real Radicale server, started by each test on a free loopback port, with the
+  # caldav module as a second device; and against a small hostile server of our own.
+  foreach(script radicale hostile_server)
+    add_test(NAME sync_${script}
+      COMMAND ${PINDLE_SYSTEM_PYTHON} ${CMAKE_SOURCE_DIR}/tests/sync/${script}_test.py
+              $<TARGET_FILE:pindle_sync>)
+    set_tests_properties(sync_${script} PROPERTIES TIMEOUT 600)
+  endforeach()
+  add_test(NAME man_page_pindle_sync
+    COMMAND sh -c "MANWIDTH=80 man --warnings -l \"$1\" 2>&1 >/dev/null" sh
+            ${CMAKE_SOURCE_DIR}/packaging/pindle_sync.1)
+  set_tests_properties(man_page_pindle_sync PROPERTIES FAIL_REGULAR_EXPRESSION ".")
+endif()
+
+# The fuzz target for what a server sends: multistatus XML and the iCalendar inside it, mapped
+# onto a record. Its own instrumented copy of the code it reaches.
+if(PINDLE_FUZZ)
+  set(sync_fuzz_flags -fsanitize=address,undefined -fno-sanitize-recover=all
+      -fno-omit-frame-pointer)
+  add_executable(server_reply_fuzzer fuzz/server_reply_fuzzer.cxx
+    src/sync/dav_xml.cxx src/sync/server_todo.cxx src/export/utf8_text.cxx
+    src/data/todo_store.cxx src/data/field_codec.cxx src/data/staged_writer.cxx)
+  target_include_directories(server_reply_fuzzer PRIVATE src/sync src/export src/data)
+  target_compile_options(server_reply_fuzzer PRIVATE ${sync_fuzz_flags} -fsanitize=fuzzer)
+  target_link_options(server_reply_fuzzer PRIVATE ${sync_fuzz_flags} -fsanitize=fuzzer)
+  target_link_libraries(server_reply_fuzzer PRIVATE PkgConfig::LIBICAL PkgConfig::PUGIXML)
+endif()

@@ -1,0 +1,68 @@
+// Fuzz target for what a CalDAV server sends: the input is read as a multistatus reply and every
+// task inside it, and on its own as an iCalendar task. Whatever it holds, each task must land in
+// a record with every text valid UTF-8 within its field and a priority the list can show.
+#include "dav_xml.h"
+#include "server_todo.h"
+#include "utf8_text.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace {
+
+void require(bool ok, const char* what) {
+    if (ok)
+        return;
+    std::fprintf(stderr, "fuzz check failed: %s\n", what);
+    std::abort();
+}
+
+bool validUtf8(const char* text, std::size_t size) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(text);
+    for (std::size_t i = 0; i < size;) {
+        std::size_t length = Utf8Text::sequenceLength(bytes + i, size - i);
+        if (length == 0)
+            return false;
+        i += length;
+    }
+    return true;
+}
+
+template <std::size_t N> void requireText(const char (&field)[N], std::size_t limit) {
+    std::size_t size = strnlen(field, N);
+    require(size <= limit, "text longer than its field");
+    require(validUtf8(field, size), "text is not valid UTF-8");
+}
+
+void checkTask(const std::string& ics) {
+    ServerTodo todo;
+    if (!ServerTodo::parse(ics, todo))
+        return;
+    // Filled in place, as a sync fills a to-do that changed on the server.
+    static TodoRecord record;
+    todo.fill(record, 1, 1, 2030);
+    requireText(record.category, 50);
+    // A 50-byte description has its terminator in the notes, which the notes then overwrite.
+    require(strnlen(record.description, 50) <= 50, "description longer than its field");
+    require(validUtf8(record.description, strnlen(record.description, 50)),
+            "description is not valid UTF-8");
+    requireText(record.notes, TodoRecord::kNotesMax);
+    require(record.priority >= 0 && record.priority <= 8, "priority the list cannot show");
+    require(record.month >= 1 && record.month <= 12, "month out of range");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    std::string input(reinterpret_cast<const char*>(data), size);
+    DavListing listing;
+    std::string error;
+    if (DavXml::parseMultistatus(input, listing, error)) {
+        for (const DavResource& resource : listing.resources)
+            checkTask(resource.calendarData);
+    }
+    checkTask(input);
+    return 0;
+}

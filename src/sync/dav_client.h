@@ -1,0 +1,54 @@
+// The connection to the CalDAV server: one libcurl handle, kept alive across requests, that
+// signs in, checks certificates, and sends WebDAV requests for paths inside the collection's
+// server. It counts what it sends, so that a sync with nothing new can show it cost one request.
+#ifndef PINDLE_DAV_CLIENT_H
+#define PINDLE_DAV_CLIENT_H
+
+#include "credentials.h"
+
+#include <curl/curl.h>
+#include <string>
+#include <vector>
+
+struct HttpReply {
+    long status = 0;
+    std::string etag;
+    std::string body;
+};
+
+class DavClient {
+public:
+    // Refuses (false, with a reason) a URL that is not http or https, carries a user name or
+    // password, or is plain http to a host other than a loopback address without `allowHttp`.
+    static bool checkUrl(const std::string& url, bool allowHttp, std::string& error);
+
+    DavClient(const std::string& collectionUrl, const Credentials& credentials);
+    ~DavClient();
+    DavClient(const DavClient&) = delete;
+    DavClient& operator=(const DavClient&) = delete;
+
+    // Sends `method` to `path` (a decoded path on the server; empty for the collection). False
+    // when no HTTP reply came at all, with the reason in `error`; any status is a reply.
+    bool send(const char* method, const std::string& path, const std::string& body,
+              const std::vector<std::string>& headers, HttpReply& reply, std::string& error);
+
+    // The collection's path, decoded, ending in "/".
+    const std::string& collectionPath() const { return collectionPath_; }
+    // A server's href (absolute URL or path, percent-encoded) as a decoded path, and back.
+    std::string pathOf(const std::string& href) const;
+    std::string hrefFor(const std::string& path) const;
+
+    int requests() const { return requests_; }
+    int writes() const { return writes_; }
+
+private:
+    std::string urlFor(const std::string& path, CURLUPart part) const;
+
+    void* curl_;
+    std::string collectionUrl_;
+    std::string collectionPath_;
+    int requests_ = 0;
+    int writes_ = 0;
+};
+
+#endif

@@ -1,0 +1,140 @@
+// Building REPORT bodies and reading multistatus replies with pugixml, which leaves namespaces
+// to its user: prefixes are looked up in the xmlns declarations in scope.
+#include "dav_xml.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <pugixml.hpp>
+#include <sstream>
+
+namespace DavXml {
+
+namespace {
+
+const char* const kDav = "DAV:";
+const char* const kCaldav = "urn:ietf:params:xml:ns:caldav";
+
+std::string serialize(const pugi::xml_document& doc) {
+    std::ostringstream out;
+    doc.save(out, "", pugi::format_raw);
+    return out.str();
+}
+
+pugi::xml_node reportRoot(pugi::xml_document& doc, const char* name) {
+    pugi::xml_node root = doc.append_child(name);
+    root.append_attribute("xmlns:d") = kDav;
+    root.append_attribute("xmlns:c") = kCaldav;
+    return root;
+}
+
+void askEtagAndData(pugi::xml_node parent) {
+    pugi::xml_node prop = parent.append_child("d:prop");
+    prop.append_child("d:getetag");
+    prop.append_child("c:calendar-data");
+}
+
+// The namespace a prefix (empty for the default) stands for at `node`.
+std::string namespaceOf(pugi::xml_node node, const std::string& prefix) {
+    std::string attribute = prefix.empty() ? "xmlns" : "xmlns:" + prefix;
+    for (; node; node = node.parent()) {
+        if (pugi::xml_attribute a = node.attribute(attribute.c_str()))
+            return a.value();
+    }
+    return {};
+}
+
+bool isElement(pugi::xml_node node, const char* ns, const char* local) {
+    if (node.type() != pugi::node_element)
+        return false;
+    const char* name = node.name();
+    const char* colon = std::strchr(name, ':');
+    std::string prefix = colon != nullptr ? std::string(name, colon) : std::string();
+    const char* localName = colon != nullptr ? colon + 1 : name;
+    return std::strcmp(localName, local) == 0 && namespaceOf(node, prefix) == ns;
+}
+
+pugi::xml_node child(pugi::xml_node parent, const char* ns, const char* local) {
+    for (pugi::xml_node c : parent.children()) {
+        if (isElement(c, ns, local))
+            return c;
+    }
+    return {};
+}
+
+// "HTTP/1.1 404 Not Found" gives 404; anything unreadable gives 0.
+long statusCode(pugi::xml_node status) {
+    const char* text = status.child_value();
+    const char* space = std::strchr(text, ' ');
+    return space != nullptr ? std::strtol(space + 1, nullptr, 10) : 0;
+}
+
+void readPropstat(pugi::xml_node propstat, DavResource& resource) {
+    long status = statusCode(child(propstat, kDav, "status"));
+    if (status < 200 || status > 299)
+        return;
+    resource.status = status;
+    pugi::xml_node prop = child(propstat, kDav, "prop");
+    if (pugi::xml_node etag = child(prop, kDav, "getetag"))
+        resource.etag = etag.child_value();
+    if (pugi::xml_node data = child(prop, kCaldav, "calendar-data")) {
+        resource.calendarData = data.text().get();
+        resource.hasData = true;
+    }
+}
+
+bool readResponse(pugi::xml_node response, DavResource& resource) {
+    pugi::xml_node href = child(response, kDav, "href");
+    if (!href)
+        return false;
+    resource.href = href.text().get();
+    if (pugi::xml_node status = child(response, kDav, "status"))
+        resource.status = statusCode(status);
+    for (pugi::xml_node c : response.children()) {
+        if (isElement(c, kDav, "propstat"))
+            readPropstat(c, resource);
+    }
+    return !resource.href.empty();
+}
+
+} // namespace
+
+std::string syncCollection(const std::string& token) {
+    pugi::xml_document doc;
+    pugi::xml_node root = reportRoot(doc, "d:sync-collection");
+    root.append_child("d:sync-token").text() = token.c_str();
+    root.append_child("d:sync-level").text() = "1";
+    askEtagAndData(root);
+    return serialize(doc);
+}
+
+std::string multiget(const std::vector<std::string>& hrefs) {
+    pugi::xml_document doc;
+    pugi::xml_node root = reportRoot(doc, "c:calendar-multiget");
+    askEtagAndData(root);
+    for (const std::string& href : hrefs)
+        root.append_child("d:href").text() = href.c_str();
+    return serialize(doc);
+}
+
+bool parseMultistatus(const std::string& body, DavListing& out, std::string& error) {
+    pugi::xml_document doc;
+    pugi::xml_parse_result parsed = doc.load_buffer(body.data(), body.size());
+    if (!parsed) {
+        error = std::string("the server's reply is not XML: ") + parsed.description();
+        return false;
+    }
+    pugi::xml_node root = doc.document_element();
+    if (!isElement(root, kDav, "multistatus")) {
+        error = "the server's reply is not a WebDAV multistatus";
+        return false;
+    }
+    out.syncToken = child(root, kDav, "sync-token").text().get();
+    for (pugi::xml_node c : root.children()) {
+        DavResource resource;
+        if (isElement(c, kDav, "response") && readResponse(c, resource))
+            out.resources.push_back(std::move(resource));
+    }
+    return true;
+}
+
+} // namespace DavXml

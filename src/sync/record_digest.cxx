@@ -1,0 +1,61 @@
+// Digests of a record's significant bytes: strings up to their terminator or field end.
+#include "record_digest.h"
+
+#include "fnv_hash.h"
+
+#include <cstring>
+#include <initializer_list>
+#include <string>
+
+namespace {
+
+template <std::size_t N> std::string text(const char (&field)[N]) {
+    return std::string(field, strnlen(field, N));
+}
+
+std::uint32_t numbers(std::initializer_list<long long> values) {
+    FnvHash hash;
+    for (long long v : values)
+        hash.addInt(v);
+    return static_cast<std::uint32_t>(hash.value());
+}
+
+std::uint32_t textDigest(const std::string& t) {
+    FnvHash hash;
+    hash.addText(t);
+    return static_cast<std::uint32_t>(hash.value());
+}
+
+// The digest of an empty text, which says nothing of a record's identity.
+const std::uint32_t kEmptyText = textDigest("");
+
+} // namespace
+
+RecordDigest RecordDigest::of(const TodoRecord& r) {
+    RecordDigest d;
+    const std::string texts[] = {text(r.category), text(r.description), text(r.notes)};
+    d.fields[Date] = numbers({r.month, r.day, r.year});
+    d.fields[Priority] = numbers({r.priority});
+    d.fields[Completed] = numbers({r.completed != 0});
+    d.fields[Category] = textDigest(texts[0]);
+    d.fields[Description] = textDigest(texts[1]);
+    d.fields[Notes] = textDigest(texts[2]);
+    FnvHash whole;
+    for (long long v : {r.month, r.day, r.year, r.priority, r.completed != 0 ? 1 : 0})
+        whole.addInt(v);
+    for (const std::string& t : texts)
+        whole.addText(t);
+    d.whole = whole.value();
+    return d;
+}
+
+int RecordDigest::likeness(const RecordDigest& a, const RecordDigest& b) {
+    static const int kWeight[kFields] = {1, 1, 1, 1, 4, 2};
+    int score = 0;
+    for (int f = 0; f < kFields; f++) {
+        bool emptyNotes = f == Notes && a.fields[f] == kEmptyText;
+        if (a.fields[f] == b.fields[f] && !emptyNotes)
+            score += kWeight[f];
+    }
+    return score;
+}

@@ -1,0 +1,54 @@
+// What changed on the server since the last sync: one sync-collection REPORT from the saved
+// token (from nothing when there is none or the server no longer knows it), then the calendar
+// data the report left out, fetched with calendar-multiget in batches. Reads only.
+#ifndef PINDLE_REMOTE_SCAN_H
+#define PINDLE_REMOTE_SCAN_H
+
+#include "dav_client.h"
+#include "dav_xml.h"
+#include "server_todo.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+struct ServerTask {
+    std::string etag;
+    std::string ics; // empty when the server did not give it
+    ServerTodo todo;
+    bool readable = false; // ics holds a VTODO
+};
+
+class RemoteScan {
+public:
+    explicit RemoteScan(DavClient& client) : client_(client) {}
+
+    // Lists the changes since `token`. False with a reason when the server cannot be reached,
+    // refuses the sign-in or gives no readable answer.
+    bool list(const std::string& token, std::string& error);
+
+    // Fetches the calendar data of `paths` that the listing did not carry.
+    bool fetch(const std::vector<std::string>& paths, std::string& error);
+
+    // True when the listing holds every task of the collection, not only the changed ones.
+    bool complete() const { return complete_; }
+    const std::string& newToken() const { return newToken_; }
+    // Tasks listed as present (by decoded path), and paths listed as removed.
+    std::map<std::string, ServerTask>& present() { return present_; }
+    const std::vector<std::string>& removed() const { return removed_; }
+
+private:
+    bool report(const std::string& token, HttpReply& reply, std::string& error);
+    void take(const DavResource& resource);
+
+    DavClient& client_;
+    bool complete_ = false;
+    std::string newToken_;
+    std::map<std::string, ServerTask> present_;
+    std::vector<std::string> removed_;
+};
+
+// The sentence for an HTTP status that ended a request.
+std::string describeStatus(long status);
+
+#endif

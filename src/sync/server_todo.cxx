@@ -1,0 +1,129 @@
+// Mapping a VTODO onto a to-do's fields.
+#include "server_todo.h"
+
+#include "fnv_hash.h"
+#include "utf8_text.h"
+
+#include <libical/ical.h>
+#include <memory>
+
+namespace {
+
+using Component = std::unique_ptr<icalcomponent, decltype(&icalcomponent_free)>;
+
+// One line of the list: a tab would split its columns and a line break its row.
+std::string oneLine(std::string text) {
+    for (char& c : text) {
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
+            c = ' ';
+    }
+    return text;
+}
+
+std::string textOf(icalcomponent* vtodo, icalproperty_kind kind) {
+    icalproperty* p = icalcomponent_get_first_property(vtodo, kind);
+    icalvalue* value = p != nullptr ? icalproperty_get_value(p) : nullptr;
+    // A value of another kind has no text to read: its union holds something else.
+    if (value == nullptr || icalvalue_isa(value) != ICAL_TEXT_VALUE)
+        return "";
+    const char* text = icalvalue_get_text(value);
+    return text != nullptr ? text : "";
+}
+
+int priorityOf(icalcomponent* vtodo) {
+    icalproperty* p = icalcomponent_get_first_property(vtodo, ICAL_PRIORITY_PROPERTY);
+    if (p == nullptr || icalvalue_isa(icalproperty_get_value(p)) != ICAL_INTEGER_VALUE)
+        return ServerTodo::kDefaultPriority;
+    int value = icalproperty_get_priority(p);
+    return value >= 1 && value <= 9 ? value : ServerTodo::kDefaultPriority;
+}
+
+// A DUE with a time keeps the date it is written with; its time of day has no field here.
+void readDue(icalcomponent* vtodo, ServerTodo& out) {
+    icalproperty* p = icalcomponent_get_first_property(vtodo, ICAL_DUE_PROPERTY);
+    if (p == nullptr)
+        return;
+    icaltimetype due = icalproperty_get_due(p);
+    if (icaltime_is_null_time(due) || !icaltime_is_valid_time(due) || due.year < 1 ||
+        due.month < 1 || due.month > 12 || due.day < 1 || due.day > 31)
+        return;
+    out.hasDue = true;
+    out.year = due.year;
+    out.month = due.month;
+    out.day = due.day;
+}
+
+bool isCompleted(icalcomponent* vtodo) {
+    icalproperty* p = icalcomponent_get_first_property(vtodo, ICAL_STATUS_PROPERTY);
+    return p != nullptr && icalvalue_isa(icalproperty_get_value(p)) == ICAL_STATUS_VALUE &&
+           icalproperty_get_status(p) == ICAL_STATUS_COMPLETED;
+}
+
+void read(icalcomponent* vtodo, ServerTodo& out) {
+    out.uid = textOf(vtodo, ICAL_UID_PROPERTY);
+    out.summary =
+        ServerTodo::fit(oneLine(textOf(vtodo, ICAL_SUMMARY_PROPERTY)), ServerTodo::kLineBytes);
+    out.notes = ServerTodo::fit(textOf(vtodo, ICAL_DESCRIPTION_PROPERTY), TodoRecord::kNotesMax);
+    out.category =
+        ServerTodo::fit(oneLine(textOf(vtodo, ICAL_CATEGORIES_PROPERTY)), ServerTodo::kLineBytes);
+    if (out.category.empty())
+        out.category = ServerTodo::kDefaultCategory;
+    out.priority = priorityOf(vtodo);
+    out.completed = isCompleted(vtodo);
+    readDue(vtodo, out);
+}
+
+} // namespace
+
+bool ServerTodo::parse(const std::string& ics, ServerTodo& out) {
+    icalerror_set_errors_are_fatal(0);
+    Component root(icalparser_parse_string(ics.c_str()), &icalcomponent_free);
+    if (!root)
+        return false;
+    icalcomponent* vtodo =
+        icalcomponent_isa(root.get()) == ICAL_VTODO_COMPONENT
+            ? root.get()
+            : icalcomponent_get_first_component(root.get(), ICAL_VTODO_COMPONENT);
+    if (vtodo == nullptr)
+        return false;
+    out = ServerTodo();
+    read(vtodo, out);
+    return true;
+}
+
+void ServerTodo::fill(TodoRecord& record, int todayMonth, int todayDay, int todayYear) const {
+    record.month = hasDue ? month : todayMonth;
+    record.day = hasDue ? day : todayDay;
+    record.year = hasDue ? year : todayYear;
+    record.priority = priority - 1;
+    record.completed = completed ? 1 : 0;
+    // In the order the entry dialog fills them: a 50-byte category or summary has its
+    // terminator in the next field, which the next copy then writes over.
+    record.setCategory(category.c_str());
+    record.setDescription(summary.c_str());
+    record.setNotes(notes.c_str());
+}
+
+std::uint64_t ServerTodo::digest() const {
+    FnvHash hash;
+    hash.addText(summary);
+    hash.addText(notes);
+    hash.addText(category);
+    hash.addInt(hasDue ? year : -1);
+    hash.addInt(hasDue ? month : -1);
+    hash.addInt(hasDue ? day : -1);
+    hash.addInt(priority);
+    hash.addInt(completed ? 1 : 0);
+    return hash.value();
+}
+
+std::string ServerTodo::fit(const std::string& text, std::size_t bytes) {
+    std::string valid = Utf8Text::fromBytes(text.data(), text.size());
+    if (valid.size() <= bytes)
+        return valid;
+    std::size_t cut = bytes;
+    while (cut > 0 && Utf8Text::isContinuation(static_cast<unsigned char>(valid[cut])))
+        cut--;
+    valid.resize(cut);
+    return valid;
+}

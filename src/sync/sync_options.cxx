@@ -1,0 +1,123 @@
+// Parsing pindle_sync's options and its help text.
+#include "sync_options.h"
+
+#include <cstring>
+
+namespace {
+
+bool wantsHelp(int argc, const char* const* argv) {
+    for (int i = 1; i < argc; i++) {
+        if (std::strcmp(argv[i], "--help") == 0 || std::strcmp(argv[i], "-h") == 0)
+            return true;
+    }
+    return false;
+}
+
+std::string* valueSlot(SyncOptions& options, const std::string& name) {
+    if (name == "--dir")
+        return &options.dir;
+    if (name == "--url")
+        return &options.url;
+    if (name == "--user")
+        return &options.user;
+    if (name == "--password-file")
+        return &options.passwordFile;
+    return nullptr;
+}
+
+bool* flagSlot(SyncOptions& options, const std::string& name) {
+    if (name == "--dry-run")
+        return &options.dryRun;
+    if (name == "--allow-http")
+        return &options.allowHttp;
+    return nullptr;
+}
+
+// "--name=value" or "--name value".
+bool parseOne(int argc, const char* const* argv, int& i, SyncOptions& options, std::string& error) {
+    std::string arg = argv[i];
+    std::string name = arg.substr(0, arg.find('='));
+    bool inlineValue = name.size() < arg.size();
+    if (bool* flag = flagSlot(options, name); flag != nullptr && !inlineValue) {
+        *flag = true;
+        return true;
+    }
+    std::string* slot = valueSlot(options, name);
+    if (slot == nullptr) {
+        error = (arg.size() > 1 && arg[0] == '-' ? "unknown option '" : "unexpected argument '") +
+                arg + "'";
+        return false;
+    }
+    if (!inlineValue && i + 1 >= argc) {
+        error = "option " + name + " needs a value";
+        return false;
+    }
+    *slot = inlineValue ? arg.substr(name.size() + 1) : argv[++i];
+    return true;
+}
+
+} // namespace
+
+bool SyncOptions::parse(int argc, const char* const* argv, SyncOptions& options,
+                        std::string& error) {
+    if (wantsHelp(argc, argv)) {
+        options.help = true;
+        return true;
+    }
+    for (int i = 1; i < argc; i++) {
+        if (!parseOne(argc, argv, i, options, error))
+            return false;
+    }
+    if (options.dir.empty())
+        error = "option --dir needs a folder";
+    else if (options.url.empty())
+        error = "give the task collection with --url";
+    else if (options.user.empty())
+        error = "give the user name with --user";
+    return error.empty();
+}
+
+const char* SyncOptions::helpText() {
+    return R"(Usage: pindle_sync --url COLLECTION-URL --user NAME [--password-file FILE]
+                   [--dir FOLDER] [--dry-run] [--allow-http]
+
+Syncs the to-dos of Pindle ToDo (pindle_todo.db and cat.db in FOLDER, by default the current
+folder) both ways with one CalDAV task collection: what was added, changed, completed or
+deleted on either side since the last sync reaches the other.
+
+Options:
+  --url URL             the collection, e.g. https://dav.example.com/user/tasks/
+  --user NAME           the user name to sign in with
+  --password-file FILE  read the password from the first line of FILE, which nobody but
+                        its owner may read or write (chmod 600). Without it the password
+                        comes from PINDLE_SYNC_PASSWORD, else from ~/.netrc.
+  --dir FOLDER          sync the files in FOLDER.
+  --dry-run             say what would change on each side, change nothing.
+  --allow-http          allow plain http to a server that is not on this machine (the
+                        password then crosses the network unencrypted).
+  -h, --help            show this text.
+
+How a to-do maps onto a task (VTODO):
+  description   SUMMARY, cut to 50 bytes
+  notes         DESCRIPTION, cut to 31999 bytes
+  due date      DUE as a date; a task without DUE gets today's date, as New does
+  priority      PRIORITY 1 (highest) to 9; a task with none, 0 or anything else gets 5
+  completed     STATUS:COMPLETED (open is NEEDS-ACTION)
+  category      the first of CATEGORIES; a task without one gets "Unassigned", and a
+                category not in cat.db yet is added to it
+Texts from the server are cut at a character boundary, never inside a UTF-8 sequence; tabs
+and line breaks in a summary or category become spaces. Local text that is not UTF-8 goes up
+read as Latin-1. Other properties of a task (start date, alarms, further categories) are
+kept when the to-do changes here.
+
+When both sides changed the same to-do since the last sync, both versions are kept: the
+server's comes down as a new local to-do that stays linked to the task, and the local one goes
+up as a new task. A to-do deleted on one side and changed on the other is kept as changed.
+
+The sync keeps its state in .pindle_sync.json beside the data files (readable by its owner
+only; it never holds the password). It will not run while Pindle ToDo has the folder open.
+
+Exit status: 0 on success; 1 when the sync failed or left changes unsent (run it again);
+2 for a mistake on the command line; 3 when the folder is in use.
+)";
+}

@@ -1,0 +1,24 @@
+// The command line of pindle_sync: the data folder, the collection, who signs in and where the
+// password comes from, and the help text that explains how a to-do maps onto a CalDAV task.
+#ifndef PINDLE_SYNC_OPTIONS_H
+#define PINDLE_SYNC_OPTIONS_H
+
+#include <string>
+
+struct SyncOptions {
+    std::string dir = ".";
+    std::string url;
+    std::string user;
+    std::string passwordFile;
+    bool dryRun = false;
+    bool allowHttp = false;
+    bool help = false;
+
+    // Reads argv[1..argc-1]. On a mistake returns false with a one-line reason in `error`.
+    // "--help" anywhere wins over everything else.
+    static bool parse(int argc, const char* const* argv, SyncOptions& options, std::string& error);
+
+    static const char* helpText();
+};
+
+#endif

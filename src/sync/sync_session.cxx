@@ -1,0 +1,364 @@
+// Deciding each to-do's fate from what each side did, then carrying it out.
+#include "sync_session.h"
+
+#include "cal_date.h"
+#include "local_matcher.h"
+#include "task_writer.h"
+
+#include <cstring>
+#include <ctime>
+#include <memory>
+#include <set>
+
+namespace {
+
+std::string quoted(const TodoRecord& record) {
+    return "\"" +
+           ServerTodo::fit(std::string(record.description, strnlen(record.description, 50)), 50) +
+           "\"";
+}
+
+bool succeeded(long status) {
+    return status >= 200 && status <= 299;
+}
+
+} // namespace
+
+SyncSession::SyncSession(DavClient& client, TodoStore& todos, CategoryStore& categories,
+                         SyncState& state, Progress& progress, bool dryRun)
+    : client_(client), todos_(todos), categories_(categories), state_(state), progress_(progress),
+      dryRun_(dryRun), scan_(client) {}
+
+bool SyncSession::run(std::string& error) {
+    CalDate::today(today_[0], today_[1], today_[2]);
+    matchLocal();
+    if (!scan_.list(state_.syncToken, error) || !fetchMissing(error))
+        return false;
+    for (std::size_t i = 0; i < state_.entries.size(); i++)
+        settleEntry(i);
+    takeServerAdds();
+    sendAll();
+    token_ = scan_.newToken();
+    if (!dryRun_ && tally_.sentNew + tally_.sentChanged + tally_.sentDeleted > 0)
+        catchUpToken();
+    rebuildState();
+    return true;
+}
+
+void SyncSession::matchLocal() {
+    std::vector<RecordDigest> now, last;
+    for (TodoRecord* r = todos_.head; r != nullptr; r = r->next) {
+        records_.push_back(r);
+        now.push_back(RecordDigest::of(*r));
+    }
+    for (const SyncEntry& e : state_.entries)
+        last.push_back(e.local);
+    entryRecord_ = LocalMatcher::match(last, now);
+    recordHasEntry_.assign(records_.size(), false);
+    for (int index : entryRecord_) {
+        if (index >= 0)
+            recordHasEntry_[index] = true;
+    }
+}
+
+// The listing may leave out calendar data, and a task changed only here is not in a listing
+// from a token at all; the server's copy of each is wanted before anything is decided.
+bool SyncSession::fetchMissing(std::string& error) {
+    std::vector<std::string> wanted;
+    std::set<std::string> known;
+    for (std::size_t i = 0; i < state_.entries.size(); i++) {
+        const SyncEntry& e = state_.entries[i];
+        known.insert(e.path);
+        int at = entryRecord_[i];
+        bool editedHere = at >= 0 && RecordDigest::of(*records_[at]).whole != e.local.whole;
+        auto found = scan_.present().find(e.path);
+        if (found == scan_.present().end()) {
+            // Left out of a listing from a token: unchanged there, and wanted to build on.
+            if (editedHere && !scan_.complete())
+                wanted.push_back(e.path);
+        } else if (found->second.ics.empty() && (found->second.etag != e.etag || editedHere)) {
+            wanted.push_back(e.path);
+        }
+    }
+    for (const auto& [path, task] : scan_.present()) {
+        if (known.count(path) == 0 && task.ics.empty())
+            wanted.push_back(path);
+    }
+    return wanted.empty() || scan_.fetch(wanted, error);
+}
+
+SyncSession::Remote SyncSession::remoteOf(SyncEntry& entry, ServerTask*& task) {
+    auto found = scan_.present().find(entry.path);
+    if (found == scan_.present().end()) {
+        bool removed = scan_.complete();
+        for (const std::string& path : scan_.removed())
+            removed = removed || path == entry.path;
+        return removed ? Remote::Gone : Remote::Same;
+    }
+    task = &found->second;
+    if (task->etag == entry.etag || !task->readable)
+        return Remote::Same;
+    if (task->todo.digest() != entry.remote)
+        return Remote::Changed;
+    // Changed only in what no field here shows: the new ETag is all there is to take.
+    entry.etag = task->etag;
+    return Remote::Same;
+}
+
+void SyncSession::settleEntry(std::size_t index) {
+    SyncEntry entry = state_.entries[index];
+    ServerTask* task = nullptr;
+    Remote remote = remoteOf(entry, task);
+    int at = entryRecord_[index];
+    if (at < 0)
+        settleGoneHere(entry, remote, task);
+    else
+        settleKept(entry, records_[at], remote, task);
+}
+
+void SyncSession::settleKept(SyncEntry entry, TodoRecord* record, Remote remote, ServerTask* task) {
+    bool edited = RecordDigest::of(*record).whole != entry.local.whole;
+    links_[record] = entry;
+    if (remote == Remote::Gone) {
+        links_.erase(record);
+        if (edited)
+            newUploads_.push_back(record);
+        else
+            removeHere(record);
+    } else if (remote == Remote::Changed && !edited) {
+        takeDown(record, *task, entry, false);
+    } else if (remote == Remote::Changed) {
+        auto fromServer = std::make_unique<TodoRecord>(*record);
+        task->todo.fill(*fromServer, today_[0], today_[1], today_[2]);
+        if (RecordDigest::of(*fromServer).whole == RecordDigest::of(*record).whole) {
+            entry.etag = task->etag;
+            entry.local = RecordDigest::of(*record);
+            entry.remote = task->todo.digest();
+            links_[record] = entry;
+            return;
+        }
+        tally_.conflicts++;
+        note("both sides changed " + quoted(*record) + ": keeping both");
+        links_.erase(record);
+        newUploads_.push_back(record);
+        takeDown(new TodoRecord, *task, entry, true);
+    } else if (edited) {
+        changedUploads_.push_back({record, task != nullptr ? task->ics : std::string()});
+    }
+}
+
+void SyncSession::settleGoneHere(const SyncEntry& entry, Remote remote, ServerTask* task) {
+    if (remote == Remote::Same)
+        deletions_.push_back(entry);
+    else if (remote == Remote::Changed)
+        takeDown(new TodoRecord, *task, entry, true);
+}
+
+// Tasks the state does not know. One that matches a to-do new here field for field is that
+// to-do already (sent by a sync that stopped before it could save its state, or made on both
+// sides): the two are linked rather than doubled.
+void SyncSession::takeServerAdds() {
+    std::set<std::string> known;
+    for (const SyncEntry& e : state_.entries)
+        known.insert(e.path);
+    std::unordered_multimap<std::uint64_t, TodoRecord*> newHere;
+    for (std::size_t i = 0; i < records_.size(); i++) {
+        if (!recordHasEntry_[i])
+            newHere.emplace(RecordDigest::of(*records_[i]).whole, records_[i]);
+    }
+    for (auto& [path, task] : scan_.present()) {
+        if (known.count(path) != 0 || !task.readable)
+            continue;
+        SyncEntry entry{task.todo.uid, path, task.etag, {}, task.todo.digest()};
+        auto fromServer = std::make_unique<TodoRecord>();
+        task.todo.fill(*fromServer, today_[0], today_[1], today_[2]);
+        auto twin = newHere.find(RecordDigest::of(*fromServer).whole);
+        if (twin == newHere.end()) {
+            takeDown(fromServer.release(), task, entry, true);
+            continue;
+        }
+        entry.local = RecordDigest::of(*twin->second);
+        links_[twin->second] = entry;
+        newHere.erase(twin);
+    }
+    for (auto& [digest, record] : newHere)
+        newUploads_.push_back(record);
+}
+
+void SyncSession::takeDown(TodoRecord* record, const ServerTask& task, SyncEntry entry,
+                           bool added) {
+    note(std::string(added ? "down: new " : "down: changed ") + "\"" + task.todo.summary + "\"");
+    task.todo.fill(*record, today_[0], today_[1], today_[2]);
+    ensureCategory(task.todo.category.c_str());
+    if (added) {
+        record->next = nullptr;
+        todos_.append(record);
+        tally_.gotNew++;
+    } else {
+        tally_.gotChanged++;
+    }
+    entry.etag = task.etag;
+    entry.local = RecordDigest::of(*record);
+    entry.remote = task.todo.digest();
+    links_[record] = entry;
+    todosChanged_ = true;
+}
+
+void SyncSession::removeHere(TodoRecord* record) {
+    note("down: deleted " + quoted(*record));
+    links_.erase(record);
+    todos_.remove(record);
+    tally_.gotDeleted++;
+    todosChanged_ = true;
+}
+
+void SyncSession::ensureCategory(const char* name) {
+    if (categories_.find(name) != nullptr)
+        return;
+    auto* category = new CategoryRecord;
+    category->setName(name);
+    categories_.append(category);
+    categoriesChanged_ = true;
+}
+
+void SyncSession::sendAll() {
+    progress_.start(
+        static_cast<int>(newUploads_.size() + changedUploads_.size() + deletions_.size()));
+    for (const Upload& upload : changedUploads_)
+        sendChanged(upload);
+    for (const SyncEntry& entry : deletions_)
+        sendDelete(entry);
+    // In list order, so that the tasks are made in the order the to-dos were.
+    std::set<const TodoRecord*> wanted(newUploads_.begin(), newUploads_.end());
+    for (TodoRecord* r = todos_.head; r != nullptr; r = r->next) {
+        if (wanted.count(r) != 0)
+            sendNew(r);
+    }
+}
+
+bool SyncSession::put(const std::string& path, const std::string& body,
+                      const std::string& condition, HttpReply& reply) {
+    std::string error;
+    bool sent = !offline_ && client_.send("PUT", path, body,
+                                          {"Content-Type: text/calendar; charset=utf-8", condition},
+                                          reply, error);
+    if (!sent && !offline_) {
+        offline_ = true;
+        firstFailure_ = "cannot reach the server: " + error;
+    }
+    return sent;
+}
+
+bool SyncSession::accepted(const char* what, bool sent, const HttpReply& reply) {
+    progress_.step();
+    if (sent && succeeded(reply.status))
+        return true;
+    if (sent && reply.status == 412) {
+        tally_.raced++;
+        return false;
+    }
+    tally_.unsent++;
+    if (firstFailure_.empty())
+        firstFailure_ = describeStatus(reply.status) + " to " + what;
+    return false;
+}
+
+void SyncSession::sendNew(TodoRecord* record) {
+    note("up: new " + quoted(*record));
+    if (dryRun_)
+        return;
+    std::string uid = TaskWriter::newUid();
+    std::string path = client_.collectionPath() + uid + ".ics";
+    std::string body = TaskWriter::build(*record, uid, "", std::time(nullptr));
+    HttpReply reply;
+    bool sent = put(path, body, "If-None-Match: *", reply);
+    if (!accepted("a new task", sent, reply))
+        return;
+    ServerTodo echo;
+    ServerTodo::parse(body, echo);
+    links_[record] = {uid, path, reply.etag, RecordDigest::of(*record), echo.digest()};
+    tally_.sentNew++;
+}
+
+void SyncSession::sendChanged(const Upload& upload) {
+    SyncEntry& entry = links_[upload.record];
+    note("up: changed " + quoted(*upload.record));
+    if (dryRun_)
+        return;
+    std::string body =
+        TaskWriter::build(*upload.record, entry.uid, upload.serverIcs, std::time(nullptr));
+    HttpReply reply;
+    bool sent = put(entry.path, body, "If-Match: " + entry.etag, reply);
+    if (!accepted("a changed task", sent, reply))
+        return;
+    ServerTodo echo;
+    ServerTodo::parse(body, echo);
+    entry.etag = reply.etag;
+    entry.local = RecordDigest::of(*upload.record);
+    entry.remote = echo.digest();
+    tally_.sentChanged++;
+}
+
+void SyncSession::sendDelete(const SyncEntry& entry) {
+    note("up: deleted task " + entry.uid);
+    if (dryRun_)
+        return;
+    HttpReply reply;
+    std::string error;
+    bool sent = !offline_ &&
+                client_.send("DELETE", entry.path, "", {"If-Match: " + entry.etag}, reply, error);
+    if (!sent && !offline_) {
+        offline_ = true;
+        firstFailure_ = "cannot reach the server: " + error;
+    }
+    // Already gone is as good as deleted.
+    if (sent && reply.status == 404) {
+        progress_.step();
+        tally_.sentDeleted++;
+        return;
+    }
+    if (accepted("a deletion", sent, reply))
+        tally_.sentDeleted++;
+    else
+        dangling_.push_back(entry);
+}
+
+// The token read before this sync's own writes would show them to the next sync as changes. When
+// a listing from it holds nothing but those writes, its newer token is taken, so that the next
+// sync has nothing to read; anything else there leaves the older token for the next sync.
+void SyncSession::catchUpToken() {
+    RemoteScan after(client_);
+    std::string error;
+    if (!after.list(token_, error) || after.complete())
+        return;
+    std::unordered_map<std::string, std::string> ours;
+    for (const auto& [record, entry] : links_)
+        ours[entry.path] = entry.etag;
+    for (const auto& [path, task] : after.present()) {
+        auto found = ours.find(path);
+        if (found == ours.end() || found->second != task.etag || task.etag.empty())
+            return;
+    }
+    for (const std::string& path : after.removed()) {
+        if (ours.count(path) != 0)
+            return;
+    }
+    token_ = after.newToken();
+}
+
+void SyncSession::note(const std::string& line) {
+    if (dryRun_)
+        plan_.push_back(line);
+}
+
+// The entries in the order of the local list, then those deleted here and not yet on the server.
+void SyncSession::rebuildState() {
+    state_.entries.clear();
+    for (TodoRecord* r = todos_.head; r != nullptr; r = r->next) {
+        auto found = links_.find(r);
+        if (found != links_.end())
+            state_.entries.push_back(found->second);
+    }
+    state_.entries.insert(state_.entries.end(), dangling_.begin(), dangling_.end());
+    state_.syncToken = token_;
+}

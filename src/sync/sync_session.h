@@ -1,0 +1,105 @@
+// One sync of a data folder with its collection. It finds what changed on each side since the
+// last sync, sends the local changes to the server first (each write conditional on the ETag it
+// last saw, so a task changed meanwhile is never overwritten), takes the server's changes into
+// the stores, and leaves the new state in memory for the caller to save with the stores.
+//
+// Nothing is lost: a to-do changed on both sides is kept twice (the server's version comes down
+// as a new local to-do linked to the task, the local one goes up as a new task), and one changed
+// on one side and deleted on the other is kept as changed. A write that fails leaves its to-do
+// as it was in the state, so that the next sync tries again.
+#ifndef PINDLE_SYNC_SESSION_H
+#define PINDLE_SYNC_SESSION_H
+
+#include "category_store.h"
+#include "dav_client.h"
+#include "progress.h"
+#include "remote_scan.h"
+#include "sync_state.h"
+#include "todo_store.h"
+
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+class SyncSession {
+public:
+    struct Tally {
+        int sentNew = 0, sentChanged = 0, sentDeleted = 0;
+        int gotNew = 0, gotChanged = 0, gotDeleted = 0;
+        int conflicts = 0;
+        int unsent = 0; // writes that failed, left for the next sync
+        int raced = 0;  // writes refused because the task changed on the server meanwhile
+    };
+
+    SyncSession(DavClient& client, TodoStore& todos, CategoryStore& categories, SyncState& state,
+                Progress& progress, bool dryRun);
+
+    // False, with a reason, when the server's changes could not be read; nothing has changed
+    // then. Otherwise the stores and the state hold the result (see tally() for what failed).
+    bool run(std::string& error);
+
+    const Tally& tally() const { return tally_; }
+    bool localChanged() const { return todosChanged_; }
+    bool categoriesChanged() const { return categoriesChanged_; }
+    const std::string& firstFailure() const { return firstFailure_; }
+    // With dryRun, one line per change that would be made.
+    const std::vector<std::string>& plan() const { return plan_; }
+
+private:
+    enum class Remote { Same, Changed, Gone };
+    struct Upload {
+        TodoRecord* record;
+        std::string serverIcs; // empty for a new task
+    };
+
+    void matchLocal();
+    bool fetchMissing(std::string& error);
+    Remote remoteOf(SyncEntry& entry, ServerTask*& task);
+    void settleEntry(std::size_t index);
+    void settleKept(SyncEntry entry, TodoRecord* record, Remote remote, ServerTask* task);
+    void settleGoneHere(const SyncEntry& entry, Remote remote, ServerTask* task);
+    void takeServerAdds();
+
+    void takeDown(TodoRecord* record, const ServerTask& task, SyncEntry entry, bool added);
+    void removeHere(TodoRecord* record);
+    void ensureCategory(const char* name);
+
+    void sendAll();
+    void sendNew(TodoRecord* record);
+    void sendChanged(const Upload& upload);
+    void sendDelete(const SyncEntry& entry);
+    bool put(const std::string& path, const std::string& body, const std::string& condition,
+             HttpReply& reply);
+    bool accepted(const char* what, bool sent, const HttpReply& reply);
+    void catchUpToken();
+    void note(const std::string& line);
+    void rebuildState();
+
+    DavClient& client_;
+    TodoStore& todos_;
+    CategoryStore& categories_;
+    SyncState& state_;
+    Progress& progress_;
+    bool dryRun_;
+    RemoteScan scan_;
+    std::string token_;
+    int today_[3] = {0, 0, 0};
+
+    std::vector<TodoRecord*> records_; // the local list as found
+    std::vector<int> entryRecord_;     // per state entry: its index in records_, or -1
+    std::vector<bool> recordHasEntry_; // per record of records_
+    std::unordered_map<const TodoRecord*, SyncEntry> links_;
+    std::vector<SyncEntry> dangling_; // deleted here, not yet on the server
+    std::vector<TodoRecord*> newUploads_;
+    std::vector<Upload> changedUploads_;
+    std::vector<SyncEntry> deletions_;
+
+    Tally tally_;
+    bool todosChanged_ = false;
+    bool categoriesChanged_ = false;
+    bool offline_ = false;
+    std::string firstFailure_;
+    std::vector<std::string> plan_;
+};
+
+#endif

@@ -1,0 +1,75 @@
+// Building a task's iCalendar with libical.
+#include "task_writer.h"
+
+#include "ics_writer.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <libical/ical.h>
+#include <memory>
+#include <random>
+
+namespace TaskWriter {
+
+namespace {
+
+const char* const kProdid = "-//Pindle ToDo//pindle_sync//EN";
+
+// The server's VCALENDAR when it holds a VTODO, else null.
+icalcomponent* serverCalendar(const std::string& ics, icalcomponent*& vtodo) {
+    if (ics.empty())
+        return nullptr;
+    icalerror_set_errors_are_fatal(0);
+    icalcomponent* root = icalparser_parse_string(ics.c_str());
+    if (root == nullptr)
+        return nullptr;
+    if (icalcomponent_isa(root) == ICAL_VCALENDAR_COMPONENT)
+        vtodo = icalcomponent_get_first_component(root, ICAL_VTODO_COMPONENT);
+    if (vtodo == nullptr) {
+        icalcomponent_free(root);
+        return nullptr;
+    }
+    return root;
+}
+
+void stamp(icalcomponent* vtodo, icalproperty_kind kind, std::time_t now) {
+    while (icalproperty* p = icalcomponent_get_first_property(vtodo, kind)) {
+        icalcomponent_remove_property(vtodo, p);
+        icalproperty_free(p);
+    }
+    icaltimetype utc = icaltime_from_timet_with_zone(now, 0, icaltimezone_get_utc_timezone());
+    icalproperty* p = icalproperty_new(kind);
+    icalproperty_set_value(p, icalvalue_new_datetime(utc));
+    icalcomponent_add_property(vtodo, p);
+}
+
+} // namespace
+
+std::string build(const TodoRecord& record, const std::string& uid, const std::string& serverIcs,
+                  std::time_t now) {
+    icalcomponent* vtodo = nullptr;
+    icalcomponent* calendar = serverCalendar(serverIcs, vtodo);
+    if (calendar == nullptr) {
+        calendar = IcsWriter::newCalendar(kProdid);
+        vtodo = icalcomponent_new(ICAL_VTODO_COMPONENT);
+        icalcomponent_add_property(vtodo, icalproperty_new_uid(uid.c_str()));
+        icalcomponent_add_component(calendar, vtodo);
+    }
+    stamp(vtodo, ICAL_DTSTAMP_PROPERTY, now);
+    stamp(vtodo, ICAL_LASTMODIFIED_PROPERTY, now);
+    IcsWriter::setFields(vtodo, TodoView(record));
+    std::unique_ptr<char, decltype(&std::free)> text(icalcomponent_as_ical_string_r(calendar),
+                                                     &std::free);
+    icalcomponent_free(calendar);
+    return text.get();
+}
+
+std::string newUid() {
+    std::random_device random;
+    char text[40];
+    std::snprintf(text, sizeof text, "pindle-%08x%08x%08x%08x", random(), random(), random(),
+                  random());
+    return text;
+}
+
+} // namespace TaskWriter

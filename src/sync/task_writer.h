@@ -1,0 +1,23 @@
+// The iCalendar a to-do goes up as: the server's own copy of the task with the to-do's fields
+// put on it when there is one, so that what this program does not know of the task survives,
+// else a new VCALENDAR. The fields are set by the export's writer, the one iCalendar path.
+#ifndef PINDLE_TASK_WRITER_H
+#define PINDLE_TASK_WRITER_H
+
+#include "todo_store.h"
+
+#include <ctime>
+#include <string>
+
+namespace TaskWriter {
+
+// `serverIcs` may be empty or unreadable; the task then starts afresh with `uid`.
+std::string build(const TodoRecord& record, const std::string& uid, const std::string& serverIcs,
+                  std::time_t now);
+
+// A new UID: 128 random bits.
+std::string newUid();
+
+} // namespace TaskWriter
+
+#endif

@@ -1,0 +1,86 @@
+// Finding the to-dos of the last sync in the file as it is now: each case is the old and the new
+// list as letters (a capital and its small letter are one to-do before and after a change of its
+// description, its notes the same; '*' is a new to-do with its own date, priority and category)
+// and where each old one was found.
+#include "local_matcher.h"
+
+#include <gtest/gtest.h>
+
+#include <cctype>
+#include <string>
+#include <vector>
+
+namespace {
+
+RecordDigest digestOf(char letter) {
+    TodoRecord r;
+    bool fresh = letter == '*';
+    r.month = fresh ? 7 : 3;
+    r.day = 1;
+    r.year = 2030;
+    r.priority = fresh ? 4 : 0;
+    char text[2] = {letter, '\0'};
+    char notes[2] = {static_cast<char>(std::toupper(static_cast<unsigned char>(letter))), '\0'};
+    r.setCategory(fresh ? "Work" : "Unassigned");
+    r.setDescription(text);
+    r.setNotes(notes);
+    return RecordDigest::of(r);
+}
+
+std::vector<RecordDigest> digests(const std::string& letters) {
+    std::vector<RecordDigest> out;
+    for (char c : letters)
+        out.push_back(digestOf(c));
+    return out;
+}
+
+TEST(LocalMatcher, FindsEachOldToDoOrItsGap) {
+    struct Case {
+        const char* last;
+        const char* now;
+        std::vector<int> found;
+    } cases[] = {
+        {"ABC", "ABC", {0, 1, 2}},
+        {"", "AB", {}},
+        {"AB", "", {-1, -1}},
+        {"ABC", "AbC", {0, 1, 2}},            // changed in place
+        {"ABC", "AC", {0, -1, 1}},            // deleted
+        {"AB", "AB*", {0, 1}},                // added at the end
+        {"AB", "A*", {0, -1}},                // last deleted, a new one added
+        {"AB", "Ab", {0, 1}},                 // last changed
+        {"ABCD", "AcD", {0, -1, 1, 2}},       // one deleted, its neighbour changed
+        {"ABCD", "abcD", {0, 1, 2, 3}},       // several changed before an unchanged one
+        {"AAA", "AA", {0, 1, -1}},            // identical to-dos are interchangeable
+        {"ABCDE", "BCDEA", {-1, 0, 1, 2, 3}}, // never reordered: A at the end is another
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(LocalMatcher::match(digests(c.last), digests(c.now)), c.found)
+            << c.last << " -> " << c.now;
+}
+
+TEST(LocalMatcher, LargeListsWithFewChanges) {
+    std::vector<RecordDigest> last, now;
+    for (int i = 0; i < 5000; i++) {
+        TodoRecord r;
+        r.day = i;
+        last.push_back(RecordDigest::of(r));
+        if (i % 1000 == 7)
+            continue; // deleted here
+        if (i % 1000 == 9)
+            r.completed = 1;
+        now.push_back(RecordDigest::of(r));
+    }
+    std::vector<int> found = LocalMatcher::match(last, now);
+    int deleted = 0;
+    for (int i = 0, j = 0; i < 5000; i++) {
+        if (i % 1000 == 7) {
+            EXPECT_EQ(found[i], -1);
+            deleted++;
+        } else {
+            EXPECT_EQ(found[i], j++) << i;
+        }
+    }
+    EXPECT_EQ(deleted, 5);
+}
+
+} // namespace

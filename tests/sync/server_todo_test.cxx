@@ -1,0 +1,94 @@
+// What a server's task becomes locally: defaults for what it lacks or holds in an odd form, and
+// texts cut to their fields without splitting a character.
+#include "server_todo.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+std::string calendar(const std::string& lines) {
+    return "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nBEGIN:VTODO\r\nUID:u\r\n" + lines +
+           "END:VTODO\r\nEND:VCALENDAR\r\n";
+}
+
+TEST(ServerTodo, MapsOrDefaultsEachProperty) {
+    struct Case {
+        const char* lines;
+        int priority;
+        bool hasDue;
+        int month, day, year;
+        bool completed;
+        const char* summary;
+        const char* category;
+    } cases[] = {
+        {"PRIORITY:3\r\nDUE;VALUE=DATE:20301231\r\nSTATUS:COMPLETED\r\nSUMMARY:s\r\n"
+         "CATEGORIES:Work,Home\r\n",
+         3, true, 12, 31, 2030, true, "s", "Work"},
+        {"", 5, false, 0, 0, 0, false, "", "Unassigned"},
+        {"PRIORITY:0\r\n", 5, false, 0, 0, 0, false, "", "Unassigned"},
+        {"PRIORITY:10\r\n", 5, false, 0, 0, 0, false, "", "Unassigned"},
+        {"PRIORITY:-1\r\n", 5, false, 0, 0, 0, false, "", "Unassigned"},
+        {"PRIORITY:high\r\n", 5, false, 0, 0, 0, false, "", "Unassigned"},
+        {"DUE:20300704T235959Z\r\n", 5, true, 7, 4, 2030, false, "", "Unassigned"},
+        {"DUE:not a date\r\n", 5, false, 0, 0, 0, false, "", "Unassigned"},
+        {"STATUS:IN-PROCESS\r\n", 5, false, 0, 0, 0, false, "", "Unassigned"},
+        {"SUMMARY:a\\tb\\nc\r\nCATEGORIES:x\\ny\r\n", 5, false, 0, 0, 0, false, "a b c", "x y"},
+    };
+    for (const Case& c : cases) {
+        ServerTodo todo;
+        ASSERT_TRUE(ServerTodo::parse(calendar(c.lines), todo)) << c.lines;
+        EXPECT_EQ(todo.priority, c.priority) << c.lines;
+        EXPECT_EQ(todo.hasDue, c.hasDue) << c.lines;
+        if (c.hasDue) {
+            EXPECT_EQ(todo.month, c.month) << c.lines;
+            EXPECT_EQ(todo.day, c.day) << c.lines;
+            EXPECT_EQ(todo.year, c.year) << c.lines;
+        }
+        EXPECT_EQ(todo.completed, c.completed) << c.lines;
+        EXPECT_EQ(todo.summary, c.summary) << c.lines;
+        EXPECT_EQ(todo.category, c.category) << c.lines;
+    }
+}
+
+TEST(ServerTodo, RefusesWhatHoldsNoTask) {
+    ServerTodo todo;
+    for (const char* ics : {"", "garbage", "BEGIN:VCALENDAR\r\nEND:VCALENDAR\r\n",
+                            "BEGIN:VCALENDAR\r\nBEGIN:VEVENT\r\nUID:e\r\nEND:VEVENT\r\n"})
+        EXPECT_FALSE(ServerTodo::parse(ics, todo)) << ics;
+}
+
+TEST(ServerTodo, FitsTextsAtCharacterBoundaries) {
+    const std::string euro = "\xe2\x82\xac";
+    struct Case {
+        std::string text;
+        std::size_t bytes;
+        std::string fitted;
+    } cases[] = {
+        {"abc", 3, "abc"},
+        {"abcd", 3, "abc"},
+        {"a" + euro, 3, "a"},
+        {"a" + euro, 4, "a" + euro},
+        {euro + euro, 5, euro},
+        {"\xe9t\xe9", 3, "\xc3\xa9t"},            // Latin-1 bytes become two each
+        {"ok\xe2\x82", 50, "ok\xc3\xa2\xc2\x82"}, // a cut-off sequence is not UTF-8
+        {"", 0, ""},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(ServerTodo::fit(c.text, c.bytes), c.fitted) << c.text << " " << c.bytes;
+}
+
+TEST(ServerTodo, DigestIgnoresTodayButNotAMissingDate) {
+    ServerTodo a, b;
+    ASSERT_TRUE(ServerTodo::parse(calendar("SUMMARY:x\r\n"), a));
+    ASSERT_TRUE(ServerTodo::parse(calendar("SUMMARY:x\r\nDUE;VALUE=DATE:20300101\r\n"), b));
+    EXPECT_NE(a.digest(), b.digest());
+    // Without DUE a task takes the day it comes down on; its digest stays the same.
+    TodoRecord record;
+    a.fill(record, 5, 6, 2031);
+    EXPECT_EQ(record.month * 100 + record.day, 506);
+    EXPECT_EQ(record.year, 2031);
+}
+
+} // namespace

@@ -1,0 +1,167 @@
+"""What the sync tests share: a Radicale server of their own on a free loopback port with a
+temporary store and one htpasswd user, a caldav client playing the user's second device, data
+folders written and read through tests/support/records.py, and pindle_sync runs."""
+
+import os
+import re
+import socket
+import subprocess
+import sys
+import tempfile
+import time
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
+import records  # noqa: E402
+
+import caldav  # noqa: E402
+
+USER, PASSWORD = "alice", "correct horse"
+PROGRAM = None
+
+# Radicale as its command line starts it, less the fsync after every write (an option its own
+# tests use, not settable from a config file): a thousand uploads take seconds, not minutes.
+LAUNCH = """
+import signal, socket, sys
+from radicale import config, log, server
+log.setup()
+configuration = config.load([(sys.argv[1], False)])
+configuration.update({"storage": {"_filesystem_fsync": "False"}}, "tests", privileged=True)
+log.set_level(configuration.get("logging", "level"))
+stop, stop_out = socket.socketpair()
+signal.signal(signal.SIGTERM, lambda *_: stop.close())
+server.serve(configuration, stop_out)
+"""
+
+
+def free_port():
+    with socket.socket() as s:
+        s.bind(("127.0.0.1", 0))
+        return s.getsockname()[1]
+
+
+def wait_for_port(port, process, seconds=30):
+    deadline = time.monotonic() + seconds
+    while time.monotonic() < deadline:
+        if process.poll() is not None:
+            raise RuntimeError("the server stopped at start-up")
+        try:
+            socket.create_connection(("127.0.0.1", port), timeout=1).close()
+            return
+        except OSError:
+            time.sleep(0.1)
+    raise RuntimeError("the server did not start")
+
+
+class Radicale:
+    """A Radicale server in a temporary folder; its log tells which requests reached it."""
+
+    def __init__(self):
+        self.dir = tempfile.TemporaryDirectory()
+        self.port = free_port()
+        self.url = f"http://127.0.0.1:{self.port}/"
+        with open(os.path.join(self.dir.name, "users"), "w") as f:
+            f.write(f"{USER}:{PASSWORD}\n")
+        self.config = os.path.join(self.dir.name, "config")
+        with open(self.config, "w") as f:
+            f.write(f"[server]\nhosts = 127.0.0.1:{self.port}\n"
+                    f"[auth]\ntype = htpasswd\nhtpasswd_filename = {self.dir.name}/users\n"
+                    "htpasswd_encryption = plain\ndelay = 0\n"
+                    f"[storage]\nfilesystem_folder = {self.dir.name}/store\n"
+                    "[rights]\ntype = owner_only\n[logging]\nlevel = info\nmask_passwords = True\n")
+        self.log_path = os.path.join(self.dir.name, "log")
+        self.process = None
+        self.start()
+
+    def start(self):
+        self.log = open(self.log_path, "a")
+        self.process = subprocess.Popen([sys.executable, "-c", LAUNCH, self.config],
+                                        stdout=self.log, stderr=subprocess.STDOUT)
+        wait_for_port(self.port, self.process)
+
+    def stop(self):
+        self.process.terminate()
+        self.process.wait(timeout=30)
+        self.log.close()
+
+    def close(self):
+        if self.process.poll() is None:
+            self.stop()
+        self.dir.cleanup()
+
+    def log_size(self):
+        return os.path.getsize(self.log_path)
+
+    def requests_since(self, offset):
+        """The methods of the requests logged after `offset`, in order."""
+        with open(self.log_path) as f:
+            f.seek(offset)
+            return re.findall(r"\] (\w+) request for ", f.read())
+
+    def new_collection(self, name):
+        """A new VTODO collection, and a caldav client on it as the second device."""
+        client = caldav.DAVClient(self.url, username=USER, password=PASSWORD)
+        calendar = client.principal().make_calendar(
+            name=name, cal_id=name, supported_calendar_component_set=["VTODO"])
+        return str(calendar.url), calendar
+
+
+def vtodo(uid, summary=None, **props):
+    """A VCALENDAR with one VTODO; props are property lines, e.g. DUE=..., PRIORITY=..."""
+    lines = ["BEGIN:VCALENDAR", "VERSION:2.0", "PRODID:-//tests//device//EN", "BEGIN:VTODO",
+             f"UID:{uid}", "DTSTAMP:20240101T000000Z"]
+    if summary is not None:
+        lines.append(f"SUMMARY:{summary}")
+    lines += [f"{name.replace('_', '-')}:{value}" for name, value in props.items()]
+    return "\r\n".join(lines + ["END:VTODO", "END:VCALENDAR", ""])
+
+
+def tasks(calendar):
+    """The collection's VTODOs by UID, as icalendar components."""
+    out = {}
+    for todo in calendar.todos(include_completed=True):
+        component = todo.icalendar_instance.walk("VTODO")[0]
+        out[str(component["UID"])] = component
+    return out
+
+
+class Folder:
+    """A data folder with a private password file beside it."""
+
+    def __init__(self, todos=None, categories=None):
+        self.dir = tempfile.TemporaryDirectory()
+        self.path = os.path.join(self.dir.name, "data")
+        os.mkdir(self.path)
+        self.password_file = os.path.join(self.dir.name, "password")
+        with open(os.open(self.password_file, os.O_WRONLY | os.O_CREAT, 0o600), "w") as f:
+            f.write(PASSWORD + "\n")
+        records.write_files(self.path, todos, categories)
+
+    def todos(self):
+        return records.read_todos(os.path.join(self.path, "pindle_todo.db"))
+
+    def categories(self):
+        return records.read_categories(os.path.join(self.path, "cat.db"))
+
+    def write(self, todos=None, categories=None):
+        records.write_files(self.path, todos, categories)
+
+    def snapshot(self):
+        """Every file of the folder, bytes and all."""
+        out = {}
+        for name in sorted(os.listdir(self.path)):
+            with open(os.path.join(self.path, name), "rb") as f:
+                out[name] = f.read()
+        return out
+
+    def sync(self, url, *extra, password_file=None):
+        args = [PROGRAM, "--dir", self.path, "--url", url, "--user", USER,
+                "--password-file", password_file or self.password_file, *extra]
+        return subprocess.run(args, stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=300)
+
+    def close(self):
+        self.dir.cleanup()
+
+
+def take_program():
+    global PROGRAM
+    PROGRAM = os.path.abspath(sys.argv.pop(1))
