@@ -1,6 +1,7 @@
 // Mapping a VTODO onto a to-do's fields.
 #include "server_todo.h"
 
+#include "field_codec.h"
 #include "fnv_hash.h"
 #include "utf8_text.h"
 
@@ -119,11 +120,6 @@ std::uint64_t ServerTodo::digest() const {
 
 std::string ServerTodo::fit(const std::string& text, std::size_t bytes) {
     std::string valid = Utf8Text::fromBytes(text.data(), text.size());
-    if (valid.size() <= bytes)
-        return valid;
-    std::size_t cut = bytes;
-    while (cut > 0 && Utf8Text::isContinuation(static_cast<unsigned char>(valid[cut])))
-        cut--;
-    valid.resize(cut);
+    valid.resize(FieldCodec::fitLength(valid.c_str(), bytes));
     return valid;
 }
