@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # Installs the Debian packages a part of the project needs, only those that are missing.
 # usage: install-deps.sh [--tests] [PACKAGE...]
-#   alone: what building the program takes (compiler, CMake, FLTK)
+#   alone: what building the program takes (compiler, CMake, FLTK, the xxHash header)
 #   --tests: also what the test suites run (GoogleTest, Xvfb and xdotool, Python, validators)
 #   PACKAGE...: anything more a script of its own needs (clang for fuzzing, ...)
 set -euo pipefail
 
-packages=(cmake g++ make libfltk1.3-dev)
+packages=(cmake g++ make libfltk1.3-dev libxxhash-dev)
 if [ "${1:-}" = "--tests" ]; then
   shift
   packages+=(libgtest-dev libgmock-dev xvfb xauth xdotool x11-apps x11-utils imagemagick

@@ -5,10 +5,6 @@
 
 #include <cstring>
 
-namespace {
-constexpr std::size_t kLinkAt = 52;
-}
-
 CategoryRecord::CategoryRecord() : next(nullptr) {
     name[0] = '\0';
 }
@@ -25,7 +21,12 @@ void CategoryRecord::decode(const unsigned char* block) {
 
 void CategoryRecord::encode(unsigned char* block, bool last) const {
     FieldCodec::putText(block, name, sizeof name);
-    FieldCodec::putInt32(block + kLinkAt, last ? 0 : 1);
+    FieldCodec::putLink(block + kLinkAt, last);
+}
+
+Digest CategoryRecord::digest() const {
+    unsigned char packed[sizeof name];
+    return Digest::of(packed, FieldCodec::putSignificant(packed, name, sizeof name));
 }
 
 CategoryStore::CategoryStore() : RecordStore("cat.db") {

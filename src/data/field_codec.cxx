@@ -30,10 +30,19 @@ void copyBounded(char* dest, const char* text, const char* limit) {
 }
 
 void putText(unsigned char* out, const char* field, std::size_t size) {
+    std::size_t used = putSignificant(out, field, size);
+    std::memset(out + used, 0, size - used);
+}
+
+std::size_t putSignificant(unsigned char* out, const char* field, std::size_t size) {
     const char* end = static_cast<const char*>(std::memchr(field, 0, size));
     std::size_t used = end != nullptr ? static_cast<std::size_t>(end - field) + 1 : size;
     std::memcpy(out, field, used);
-    std::memset(out + used, 0, size - used);
+    return used;
+}
+
+void putLink(unsigned char* out, bool last) {
+    putInt32(out, last ? 0 : 1);
 }
 
 } // namespace FieldCodec

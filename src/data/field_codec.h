@@ -18,6 +18,14 @@ void copyBounded(char* dest, const char* text, const char* limit);
 // zeros. A field without a terminator is written whole.
 void putText(unsigned char* out, const char* field, std::size_t size);
 
+// Copies only the significant bytes of a string field (what putText writes before its zeros)
+// and returns how many there are.
+std::size_t putSignificant(unsigned char* out, const char* field, std::size_t size);
+
+// The slot that ends every record: zero in the last one, one in every other. Readers ignore it.
+constexpr std::size_t kLinkSize = 4;
+void putLink(unsigned char* out, bool last);
+
 } // namespace FieldCodec
 
 #endif

@@ -8,14 +8,23 @@ namespace {
 constexpr std::size_t kStageSize = 256 * 1024;
 } // namespace
 
-StagedWriter::StagedWriter(int fd) : fd_(fd), stage_(kStageSize), used_(0), failed_(false) {}
+// A pipe has no offsets: its bytes go out with write() in the order they come.
+StagedWriter::StagedWriter(int fd)
+    : fd_(fd), seekable_(lseek(fd, 0, SEEK_CUR) >= 0), stage_(kStageSize), used_(0), offset_(0),
+      failed_(false) {}
 
 unsigned char* StagedWriter::next(std::size_t size) {
+    return at(offset_ + used_, size);
+}
+
+unsigned char* StagedWriter::at(std::uint64_t offset, std::size_t size) {
     if (failed_)
         return nullptr;
-    if (used_ + size > stage_.size()) {
+    bool adjacent = offset == offset_ + used_;
+    if (!adjacent || used_ + size > stage_.size()) {
         if (!flush())
             return nullptr;
+        offset_ = offset;
         if (size > stage_.size())
             stage_.resize(size);
     }
@@ -24,14 +33,17 @@ unsigned char* StagedWriter::next(std::size_t size) {
     return room;
 }
 
-bool StagedWriter::finish() { return !failed_ && flush(); }
+bool StagedWriter::finish() {
+    return !failed_ && flush();
+}
 
 // Loops over short writes, as fwrite does; any error fails the save.
 bool StagedWriter::flush() {
     const unsigned char* data = stage_.data();
     std::size_t left = used_;
     while (left > 0) {
-        ssize_t n = write(fd_, data, left);
+        auto at = static_cast<off_t>(offset_ + (used_ - left));
+        ssize_t n = seekable_ ? pwrite(fd_, data, left, at) : write(fd_, data, left);
         if (n <= 0) {
             failed_ = true;
             return false;
@@ -39,6 +51,7 @@ bool StagedWriter::flush() {
         data += n;
         left -= static_cast<std::size_t>(n);
     }
+    offset_ += used_;
     used_ = 0;
     return true;
 }

@@ -10,7 +10,6 @@ constexpr std::size_t kCompletedAt = 16;
 constexpr std::size_t kCategoryAt = 17;
 constexpr std::size_t kDescriptionAt = 67;
 constexpr std::size_t kNotesAt = 117;
-constexpr std::size_t kLinkAt = 32120;
 } // namespace
 
 // The record's text fields must sit where the file has them, relative to the record start.
@@ -56,18 +55,33 @@ void TodoRecord::decode(const unsigned char* block) {
         notes[sizeof notes - 1] = '\0';
 }
 
-void TodoRecord::encode(unsigned char* block, bool last) const {
+void TodoRecord::putNumbers(unsigned char* block) const {
     FieldCodec::putInt32(block, month);
     FieldCodec::putInt32(block + 4, day);
     FieldCodec::putInt32(block + 8, year);
     FieldCodec::putInt32(block + 12, priority);
     block[kCompletedAt] = completed;
+}
+
+void TodoRecord::encode(unsigned char* block, bool last) const {
+    putNumbers(block);
     FieldCodec::putText(block + kCategoryAt, category, sizeof category);
     FieldCodec::putText(block + kDescriptionAt, description, sizeof description);
     FieldCodec::putText(block + kNotesAt, notes, sizeof notes);
     std::memset(block + kNotesAt + sizeof notes, 0, kLinkAt - kNotesAt - sizeof notes);
-    // Readers ignore the link slot; only "zero in the last record" is meaningful.
-    FieldCodec::putInt32(block + kLinkAt, last ? 0 : 1);
+    FieldCodec::putLink(block + kLinkAt, last);
+}
+
+// The texts packed one after another: each ends at its terminator (or runs its full size), so
+// no two records that encode differently pack alike.
+Digest TodoRecord::digest() const {
+    unsigned char packed[kFileSize];
+    putNumbers(packed);
+    std::size_t used = kCategoryAt;
+    used += FieldCodec::putSignificant(packed + used, category, sizeof category);
+    used += FieldCodec::putSignificant(packed + used, description, sizeof description);
+    used += FieldCodec::putSignificant(packed + used, notes, sizeof notes);
+    return Digest::of(packed, used);
 }
 
 TodoStore::TodoStore() : RecordStore("pindle_todo.db") {
