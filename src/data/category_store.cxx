@@ -13,10 +13,13 @@ void CategoryRecord::setName(const char* text) {
     FieldCodec::copyBounded(name, text, name + sizeof name);
 }
 
-void CategoryRecord::decode(const unsigned char* block) {
+bool CategoryRecord::decode(const unsigned char* block) {
     std::memcpy(name, block, sizeof name);
-    if (std::memchr(name, 0, sizeof name) == nullptr)
+    if (std::memchr(name, 0, sizeof name) == nullptr) {
         name[sizeof name - 1] = '\0';
+        return false;
+    }
+    return FieldCodec::isPadded(block, sizeof name);
 }
 
 void CategoryRecord::encode(unsigned char* block, bool last) const {

@@ -21,7 +21,8 @@ struct CategoryRecord {
     // Bounded by the name field: a longer text is cut to 51 characters.
     void setName(const char* text);
 
-    void decode(const unsigned char* block);
+    // True when the block is exactly what encode writes for the record, but for the link slot.
+    bool decode(const unsigned char* block);
     void encode(unsigned char* block, bool last) const;
     // Of the name up to its terminator: all that encode writes but zeros and the link.
     Digest digest() const;

@@ -41,6 +41,16 @@ std::size_t putSignificant(unsigned char* out, const char* field, std::size_t si
     return used;
 }
 
+// Zero at the start and each byte equal to the next: memcmp does the scan at full speed.
+bool isZero(const unsigned char* bytes, std::size_t size) {
+    return size == 0 || (bytes[0] == 0 && std::memcmp(bytes, bytes + 1, size - 1) == 0);
+}
+
+bool isPadded(const unsigned char* field, std::size_t size) {
+    const auto* end = static_cast<const unsigned char*>(std::memchr(field, 0, size));
+    return end == nullptr || isZero(end, size - static_cast<std::size_t>(end - field));
+}
+
 void putLink(unsigned char* out, bool last) {
     putInt32(out, last ? 0 : 1);
 }

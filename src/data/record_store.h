@@ -18,9 +18,9 @@
 #include <vector>
 
 // Record must provide: a default constructor that makes an empty record, a `next` pointer,
-// kFileSize, kLinkAt (where its link slot lies), decode(const unsigned char*),
-// encode(unsigned char*, bool last) const and digest() const, a digest of what encode writes
-// apart from the link slot.
+// kFileSize, kLinkAt (where its link slot lies), bool decode(const unsigned char*) (true when
+// the block is as encode writes it, link slot aside), encode(unsigned char*, bool last) const
+// and digest() const, a digest of what encode writes apart from the link slot.
 template <class Record> class RecordStore {
 public:
     char fileName[256];
@@ -131,18 +131,17 @@ protected:
         fstat(fileno(file), &opened);
         const auto records = static_cast<std::size_t>(opened.st_size) / Record::kFileSize;
         unsigned char block[Record::kFileSize];
-        unsigned char saved[Record::kFileSize];
+        unsigned char link[FieldCodec::kLinkSize];
         while (!std::feof(file)) {
             if (std::fread(block, Record::kFileSize, 1, file) != 1)
                 break;
             Record* record = new Record;
-            record->decode(block);
+            bool asSaved = record->decode(block);
             record->next = nullptr;
             append(record);
-            record->encode(saved, order_.size() == records);
-            held_.push_back(std::memcmp(saved, block, sizeof block) == 0
-                                ? std::optional<Digest>(record->digest())
-                                : std::nullopt);
+            FieldCodec::putLink(link, order_.size() == records);
+            asSaved = asSaved && std::memcmp(link, block + Record::kLinkAt, sizeof link) == 0;
+            held_.push_back(asSaved ? std::optional<Digest>(record->digest()) : std::nullopt);
         }
         // A file that changed while it was read is not known to hold what was loaded.
         struct stat closing {};

@@ -43,16 +43,27 @@ void TodoRecord::setNotes(const char* text) {
     FieldCodec::copyBounded(textField(kNotesAt), text, textEnd());
 }
 
-void TodoRecord::decode(const unsigned char* block) {
+bool TodoRecord::decode(const unsigned char* block) {
     month = FieldCodec::getInt32(block);
     day = FieldCodec::getInt32(block + 4);
     year = FieldCodec::getInt32(block + 8);
     priority = FieldCodec::getInt32(block + 12);
     completed = block[kCompletedAt];
-    std::memcpy(textField(kCategoryAt), block + kCategoryAt, kLinkAt - 3 - kCategoryAt);
-    // Every string read from the record must end inside it, whatever the file held.
-    if (std::memchr(notes, 0, sizeof notes) == nullptr)
-        notes[sizeof notes - 1] = '\0';
+    std::memcpy(textField(kCategoryAt), block + kCategoryAt, kNotesAt - kCategoryAt);
+    // The notes only up to their terminator: nothing reads past it, and the rest of the record's
+    // memory, most of it for short notes, is then never touched. They must end inside the
+    // record, whatever the file held.
+    const auto* notesEnd =
+        static_cast<const unsigned char*>(std::memchr(block + kNotesAt, 0, sizeof notes));
+    std::size_t used = notesEnd != nullptr
+                           ? static_cast<std::size_t>(notesEnd - (block + kNotesAt)) + 1
+                           : sizeof notes;
+    std::memcpy(notes, block + kNotesAt, used);
+    notes[used - 1] = '\0';
+    // The notes and the padding after them are padded as one field, the notes' NUL ending both.
+    return notesEnd != nullptr && FieldCodec::isPadded(block + kCategoryAt, sizeof category) &&
+           FieldCodec::isPadded(block + kDescriptionAt, sizeof description) &&
+           FieldCodec::isPadded(block + kNotesAt, kLinkAt - kNotesAt);
 }
 
 void TodoRecord::putNumbers(unsigned char* block) const {

@@ -35,7 +35,8 @@ struct TodoRecord {
     void setDescription(const char* text);
     void setNotes(const char* text);
 
-    void decode(const unsigned char* block);
+    // True when the block is exactly what encode writes for the record, but for the link slot.
+    bool decode(const unsigned char* block);
     void encode(unsigned char* block, bool last) const;
     // Of every byte encode writes but the zeros after terminators, the padding and the link.
     Digest digest() const;
