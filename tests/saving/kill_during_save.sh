@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# SIGKILL at random moments during saves of thousands of to-dos: after each kill the file must
+# still hold every to-do that the change being saved was not about. Deleting the first to-do
+# moves every record, so its save rewrites the whole file.
+# usage: kill_during_save.sh SAVE_DRIVER [TO-DOS] [TRIALS PER CHANGE]
+set -euo pipefail
+driver=$1 n=${2:-4000} trials=${3:-10}
+work=$(mktemp -d /tmp/pindle_kill_XXXXXX)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+"$driver" fill "$n" 2>/dev/null
+cp pindle_todo.db pristine.db
+RANDOM=11 # the same moments on every run
+
+kills=0 lost=0
+for change in delete-first purge append edit delete-last; do
+  cp pristine.db pindle_todo.db
+  length=$("$driver" kill "$change" "$n" 100000000 | cut -d' ' -f2)
+  for _ in $(seq "$trials"); do
+    cp pristine.db pindle_todo.db
+    outcome=$("$driver" kill "$change" "$n" $(((RANDOM * 32768 + RANDOM) % (length + 1))))
+    [ "${outcome% *}" = killed ] && kills=$((kills + 1))
+    report=$("$driver" check "$change" "$n") || echo "after $change, $outcome: $report"
+    lost=$((lost + $(echo "$report" | sed -n 's/.* \([0-9]*\) lost/\1/p')))
+  done
+  echo "$change: a save takes $length us; $kills killed so far, $lost to-dos lost"
+done
+echo "$kills of $((5 * trials)) saves killed; $lost to-dos lost"
+[ "$lost" -eq 0 ] && [ "$kills" -gt 0 ]
