@@ -1,6 +1,7 @@
 // The staged file writer behind the stores' saves.
 #include "staged_writer.h"
 
+#include <algorithm>
 #include <unistd.h>
 
 namespace {
@@ -10,7 +11,7 @@ constexpr std::size_t kStageSize = 256 * 1024;
 
 // A pipe has no offsets: its bytes go out with write() in the order they come.
 StagedWriter::StagedWriter(int fd)
-    : fd_(fd), seekable_(lseek(fd, 0, SEEK_CUR) >= 0), stage_(kStageSize), used_(0), offset_(0),
+    : fd_(fd), seekable_(lseek(fd, 0, SEEK_CUR) >= 0), size_(0), used_(0), offset_(0),
       failed_(false) {}
 
 unsigned char* StagedWriter::next(std::size_t size) {
@@ -21,14 +22,17 @@ unsigned char* StagedWriter::at(std::uint64_t offset, std::size_t size) {
     if (failed_)
         return nullptr;
     bool adjacent = offset == offset_ + used_;
-    if (!adjacent || used_ + size > stage_.size()) {
+    if (!adjacent || used_ + size > size_) {
         if (!flush())
             return nullptr;
         offset_ = offset;
-        if (size > stage_.size())
-            stage_.resize(size);
+        // Taken at the first byte and never cleared, so a save that writes nothing costs nothing.
+        if (size > size_) {
+            size_ = std::max(size, kStageSize);
+            stage_.reset(new unsigned char[size_]);
+        }
     }
-    unsigned char* room = stage_.data() + used_;
+    unsigned char* room = stage_.get() + used_;
     used_ += size;
     return room;
 }
@@ -39,7 +43,7 @@ bool StagedWriter::finish() {
 
 // Loops over short writes, as fwrite does; any error fails the save.
 bool StagedWriter::flush() {
-    const unsigned char* data = stage_.data();
+    const unsigned char* data = stage_.get();
     std::size_t left = used_;
     while (left > 0) {
         auto at = static_cast<off_t>(offset_ + (used_ - left));

@@ -6,7 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <memory>
 
 class StagedWriter {
 public:
@@ -30,7 +30,8 @@ private:
 
     int fd_;
     bool seekable_;
-    std::vector<unsigned char> stage_;
+    std::unique_ptr<unsigned char[]> stage_;
+    std::size_t size_;
     std::size_t used_;
     // Where the first staged byte goes.
     std::uint64_t offset_;
