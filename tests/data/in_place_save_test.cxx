@@ -27,7 +27,7 @@ TEST_F(InPlaceSave, RandomCategoryRunsMatchTheWholeEncoding) {
 }
 
 TEST_F(InPlaceSave, RandomTodoRunsMatchTheWholeEncoding) {
-    runSeeds<TodoStore>(24, 5000);
+    runSeeds<TodoStore>(16, 3000);
 }
 
 // As a tab switch without change: no byte written, yet the time moves as a rewrite moves it.

@@ -4,7 +4,7 @@
 # moves every record, so its save rewrites the whole file.
 # usage: kill_during_save.sh SAVE_DRIVER [TO-DOS] [TRIALS PER CHANGE]
 set -euo pipefail
-driver=$1 n=${2:-4000} trials=${3:-10}
+driver=$1 n=${2:-3000} trials=${3:-8}
 work=$(mktemp -d /tmp/pindle_kill_XXXXXX)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
@@ -18,9 +18,10 @@ for change in delete-first purge append edit delete-last; do
   length=$("$driver" kill "$change" "$n" 100000000 | cut -d' ' -f2)
   for _ in $(seq "$trials"); do
     cp pristine.db pindle_todo.db
-    outcome=$("$driver" kill "$change" "$n" $(((RANDOM * 32768 + RANDOM) % (length + 1))))
-    [ "${outcome% *}" = killed ] && kills=$((kills + 1))
-    report=$("$driver" check "$change" "$n") || echo "after $change, $outcome: $report"
+    delay=$(((RANDOM * 32768 + RANDOM) % (length + 1)))
+    outcome=$("$driver" kill "$change" "$n" "$delay" || true)
+    [ -z "$outcome" ] && kills=$((kills + 1))
+    report=$("$driver" check "$change" "$n") || echo "$change killed at $delay us: $report"
     lost=$((lost + $(echo "$report" | sed -n 's/.* \([0-9]*\) lost/\1/p')))
   done
   echo "$change: a save takes $length us; $kills killed so far, $lost to-dos lost"
