@@ -30,9 +30,9 @@ public:
     // Room for `size` bytes that go to `offset`, past every range asked for before.
     unsigned char* at(std::uint64_t offset, std::size_t size);
 
-    // Writes what is still staged and, for a regular file, sets its length and moves its
-    // modification time even when no byte changed, as rewriting it would. Returns the stamp of
-    // the file as it now is.
+    // Writes what is still staged and, for a regular file, sets its length, waits for what
+    // changed to reach the disk, and moves its modification time even when no byte changed, as
+    // rewriting it would. Returns the stamp of the file as it now is.
     FileStamp finish(std::uint64_t length);
 
 private:
@@ -41,6 +41,7 @@ private:
     int fd_;
     struct stat opened_;
     bool inPlace_;
+    bool changed_;
     StagedWriter out_;
 };
 
