@@ -14,7 +14,7 @@ void run(const std::uint8_t* data, std::size_t size, int maxCount, const char* f
     FuzzHarness::writeFile(file, data, 0); // an empty file loads without a word
     SaveSequence::Run<Store> sequence(maxCount);
     for (std::size_t i = 0; i + 5 <= size; i += 5) {
-        std::uint32_t arg = static_cast<std::uint32_t>(FuzzHarness::readBigEndian(data + i + 1));
+        auto arg = static_cast<std::uint32_t>(FuzzHarness::readBigEndian(data + i + 1));
         std::string failure = sequence.step(data[i], arg);
         FuzzHarness::require(failure.empty(), failure.c_str());
     }
@@ -28,11 +28,9 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size == 0)
-        return 0;
-    if (data[0] % 2 == 0)
+    if (size > 0 && data[0] % 2 == 0)
         run<TodoStore>(data + 1, size - 1, 8, "pindle_todo.db");
-    else
+    else if (size > 0)
         run<CategoryStore>(data + 1, size - 1, 64, "cat.db");
     return 0;
 }

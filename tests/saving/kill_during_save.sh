@@ -13,21 +13,20 @@ shm=/tmp
 work=$(mktemp -d "$shm/pindle_kill_XXXXXX")
 trap 'rm -rf "$work"' EXIT
 cd "$work"
-"$driver" fill "$n" 2>/dev/null
+"$driver" fill "$n" >/dev/null 2>&1
 cp pindle_todo.db pristine.db
 RANDOM=11 # the same moments on every run
 
 kills=0 lost=0
 for change in delete-first purge append edit delete-last; do
   cp pristine.db pindle_todo.db
-  length=$("$driver" kill "$change" "$n" 100000000 | cut -d' ' -f2)
+  length=$("$driver" "$change" "$n" | cut -d' ' -f2)
   for _ in $(seq "$trials"); do
     cp pristine.db pindle_todo.db
     delay=$(((RANDOM * 32768 + RANDOM) % (length + 1)))
-    outcome=$("$driver" kill "$change" "$n" "$delay" || true)
-    [ -z "$outcome" ] && kills=$((kills + 1))
+    [ -z "$("$driver" "$change" "$n" "$delay" || true)" ] && kills=$((kills + 1))
     report=$("$driver" check "$change" "$n") || echo "$change killed at $delay us: $report"
-    lost=$((lost + $(echo "$report" | sed -n 's/.* \([0-9]*\) lost/\1/p')))
+    lost=$((lost + ${report% lost}))
   done
   echo "$change: a save takes $length us; $kills killed so far, $lost to-dos lost"
 done

@@ -10,34 +10,28 @@ driver=$1 n=200
 losetup -f >/dev/null 2>&1 || { echo "SKIP: no free loop device"; exit 77; }
 work=$(mktemp -d /tmp/pindle_fail_XXXXXX)
 mnt=$work/mnt
-cleanup() {
-  cd /
-  chattr -i "$mnt/pindle_todo.db" 2>/dev/null || true
-  umount "$mnt" 2>/dev/null || true
-  rm -rf "$work"
-}
-trap cleanup EXIT
-fail() { echo "FAIL: $*"; exit 1; }
+trap 'set +e; cd /; chattr -i "$mnt/pindle_todo.db" 2>/dev/null; umount "$mnt"; rm -rf "$work"' EXIT
 
 truncate -s 12M "$work/fs.img"
 mkfs.ext4 -q -F -m 0 "$work/fs.img"
 mkdir "$mnt"
 mount -o loop "$work/fs.img" "$mnt"
 cd "$mnt"
-"$driver" fill "$n" 2>/dev/null
+"$driver" fill "$n" >/dev/null 2>&1
 dd if=/dev/zero of=filler bs=4k 2>/dev/null || true
 sync
 
-# expect CHANGE STATUS [LAST STDERR LINE]; then every old to-do must still be there, all of them
+# expect CHANGE STATUS [LAST STDERR LINE]; then every old to-do must still be there: all of them
 # after a failure (as after an append, which changes none), all but the changed ones otherwise.
 expect() {
-  local change=$1 want=$2 message=${3:-} status=0
-  "$driver" "$change" "$n" 2>"$work/stderr" || status=$?
-  [ "$status" -eq "$want" ] || fail "$change: exit status $status, not $want"
-  [ "$(tail -n 1 "$work/stderr")" = "$message" ] || fail "$change: stderr $(cat "$work/stderr")"
-  local unchanged=$change
-  [ "$status" -eq 0 ] || unchanged=append
-  "$driver" check "$unchanged" "$n" >/dev/null || fail "$change: to-dos lost"
+  local change=$1 want=$2 message=${3:-} status=0 unchanged=append
+  "$driver" "$change" "$n" >/dev/null 2>"$work/stderr" || status=$?
+  [ "$status" -eq 0 ] && unchanged=$change
+  if [ "$status" -ne "$want" ] || [ "$(tail -n 1 "$work/stderr")" != "$message" ] ||
+    ! "$driver" check "$unchanged" "$n" >/dev/null; then
+    echo "FAIL: $change: status $status, stderr '$(cat "$work/stderr")', to-dos lost or not"
+    exit 1
+  fi
   echo "ok: $change: status $status${message:+, $message}"
 }
 

@@ -11,12 +11,10 @@
 #include "support/store_helpers.h"
 #include "todo_store.h"
 
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
@@ -28,35 +26,27 @@ namespace SaveSequence {
 
 // Contents from a small set, so that many edits leave a record as it was; now and then texts
 // of full length, and shorter texts over longer ones leave bytes behind their terminators.
-inline void fill(TodoRecord& r, std::uint32_t v) {
-    r.month = static_cast<int>(v % 3);
-    r.completed = (v >> 2) % 4 == 0;
-    r.setCategory(std::string((v >> 4) % 8 == 0 ? 50 : (v >> 4) % 3, 'c').c_str());
-    r.setDescription(std::string((v >> 7) % 3, 'd').c_str());
-    r.setNotes(std::string((v >> 9) % 16 == 0 ? (v >> 13) % 32000 : (v >> 13) % 3, 'n').c_str());
-}
-inline void fill(CategoryRecord& r, std::uint32_t v) {
-    r.setName(std::string(v % 8 == 0 ? 60 : v % 3, (v >> 3) % 2 ? 'a' : 'b').c_str());
-}
-inline bool doomed(const TodoRecord& r) {
-    return r.completed != 0;
-}
-inline bool doomed(const CategoryRecord& r) {
-    return r.name[0] == 'a';
-}
+struct Contents {
+    static void fill(TodoRecord& r, std::uint32_t v) {
+        r.month = static_cast<int>(v % 3);
+        r.completed = (v >> 2) % 8 == 0;
+        r.setCategory(std::string((v >> 5) % 8 == 0 ? 50 : (v >> 5) % 3, 'c').c_str());
+        r.setDescription(std::string((v >> 8) % 3, 'd').c_str());
+        r.setNotes(std::string((v >> 10) % 16 ? (v >> 14) % 3 : (v >> 14) % 32000, 'n').c_str());
+    }
+    static void fill(CategoryRecord& r, std::uint32_t v) {
+        r.setName(std::string(v % 8 == 0 ? 60 : v % 3, (v >> 3) % 2 ? 'a' : 'b').c_str());
+    }
+    static bool doomed(const TodoRecord& r) { return r.completed != 0; }
+    static bool doomed(const CategoryRecord& r) { return std::strlen(r.name) > 50; }
+};
 
 // The whole file in one read; empty when it is missing.
 inline std::string readFile(const char* name) {
     struct stat info {};
-    if (stat(name, &info) != 0)
-        return {};
-    std::string bytes(static_cast<std::size_t>(info.st_size), '\0');
+    std::string bytes(stat(name, &info) == 0 ? static_cast<std::size_t>(info.st_size) : 0, '\0');
     std::ifstream(name, std::ios::binary).read(bytes.data(), info.st_size);
     return bytes;
-}
-
-inline void writeFile(const char* name, const std::string& bytes) {
-    std::ofstream(name, std::ios::binary) << bytes;
 }
 
 // Bytes this process has handed to write() and its kin so far. Read without iostreams, whose
@@ -76,47 +66,42 @@ public:
 
     explicit Run(int maxCount) : maxCount_(maxCount) { reload(); }
 
-    // One operation, picked by `op`; a non-empty result tells which check failed.
+    // One operation, picked by `op` with the odds of the letters here: append, edit, remove,
+    // purge, reload, a change by another program, save. A non-empty result tells what failed.
     std::string step(std::uint8_t op, std::uint32_t arg) {
         const int n = store_->count();
-        const int at = n > 0 ? static_cast<int>(arg % static_cast<unsigned>(n)) : 0;
-        switch (op % 16) {
-        case 0:
-        case 1:
-        case 2:
+        Record* at = n > 0 ? store_->at(static_cast<int>(arg % static_cast<unsigned>(n))) : nullptr;
+        switch ("aaaaaeeerrplcsss"[op % 16]) {
+        case 'a':
             if (n < maxCount_) {
-                auto* r = new Record;
-                fill(*r, arg);
-                store_->append(r);
+                store_->append(new Record);
+                Contents::fill(*store_->at(n), arg);
             }
-            return {};
-        case 3:
-        case 4:
-        case 5:
-            if (n > 0)
-                fill(*store_->at(at), arg >> 8);
-            return {};
-        case 6:
-        case 7:
-            if (n > 0)
-                store_->remove(store_->at(at));
-            return {};
-        case 8:
-            store_->removeIf([](const Record& r) { return doomed(r); });
-            return {};
-        case 9:
+            break;
+        case 'e':
+            if (at != nullptr)
+                Contents::fill(*at, arg >> 8);
+            break;
+        case 'r':
+            if (at != nullptr)
+                store_->remove(at);
+            break;
+        case 'p':
+            store_->removeIf([](const Record& r) { return Contents::doomed(r); });
+            break;
+        case 'l':
             reload();
-            return {};
-        case 10:
-            return changeFile(arg);
+            break;
+        case 'c':
+            changeFile(arg);
+            break;
         default:
             return save();
         }
+        return {};
     }
 
 private:
-    enum class Expect { Changes, Everything, Unchecked };
-
     const char* name() const { return store_->fileName; }
 
     std::string encoding() const {
@@ -145,14 +130,13 @@ private:
         store_->save();
         long long written = writtenBytes() - before;
         const std::string whole = encoding();
-        if (!std::filesystem::exists(name()) || readFile(name()) != whole)
+        if (access(name(), F_OK) != 0 || readFile(name()) != whole)
             return "the file is not the whole encoding of the list";
-        long long expected = expect_ == Expect::Changes ? changedBytes(known_, whole)
-                                                        : static_cast<long long>(whole.size());
-        if (expect_ != Expect::Unchecked && written != expected)
+        long long expected = changedBytes(known_, whole);
+        if (checked_ && written != expected)
             return "wrote " + std::to_string(written) + " bytes, not " + std::to_string(expected);
         known_ = whole;
-        expect_ = Expect::Changes;
+        checked_ = true;
         return {};
     }
 
@@ -161,58 +145,57 @@ private:
         store_.reset();
         store_ = std::make_unique<ScopedStore<Store>>();
         known_ = readFile(name());
-        bool asSaved =
+        checked_ =
             known_.substr(0, known_.size() - known_.size() % Record::kFileSize) == encoding();
-        if (!std::filesystem::exists(name()))
-            expect_ = Expect::Everything;
-        else
-            expect_ = asSaved ? Expect::Changes : Expect::Unchecked;
     }
 
-    std::string changeFile(std::uint32_t arg) {
+    // Each leaves a file that stat tells apart from the last one saved, whatever the clock's
+    // granularity: another inode, another size, or an older modification time.
+    void changeFile(std::uint32_t arg) {
         std::string bytes = readFile(name());
         struct stat old {};
         stat(name(), &old);
-        switch (arg % 6) {
+        known_.clear(); // the store knows nothing of the file now: every record must go out
+        switch (arg % 5) {
         case 0: // replaced by another file
-            writeFile("replacement", bytes + "x");
+            std::ofstream("replacement", std::ios::binary) << bytes;
             std::rename("replacement", name());
             break;
-        case 1: // cut short
-            if (!bytes.empty() && truncate(name(), static_cast<off_t>(bytes.size() / 2)) != 0)
-                return "cannot cut the file short";
+        case 1: // cut short or grown
+            bytes.resize(
+                arg % 2 && !bytes.empty() ? arg % bytes.size() : bytes.size() + 1 + arg % 99, 'g');
+            std::ofstream(name(), std::ios::binary) << bytes;
             break;
-        case 2: // grown
-            writeFile(name(), bytes + std::string(arg % 100, 'g'));
-            break;
-        case 3: { // overwritten at the same size and put back with its old modification time
-            if (bytes.empty())
-                return {};
-            bytes[arg % bytes.size()] ^= 1;
-            writeFile(name(), bytes);
-            const timespec times[2] = {old.st_atim, old.st_mtim};
+        case 2: { // overwritten at the same size and put back with an older modification time
+            if (!bytes.empty())
+                bytes[arg % bytes.size()] ^= 1;
+            std::ofstream(name(), std::ios::binary) << bytes;
+            const timespec times[2] = {old.st_atim, {old.st_mtim.tv_sec - 1, old.st_mtim.tv_nsec}};
             utimensat(AT_FDCWD, name(), times, 0);
             break;
         }
-        case 4:
+        case 3:
             std::remove(name());
             break;
-        case 5: // written by a program that leaves other link values and loaded again
-            for (std::size_t at = Record::kLinkAt; at + 1 < bytes.size(); at += Record::kFileSize)
-                bytes[at] = static_cast<char>(arg | 1);
-            writeFile(name(), bytes);
+        default: { // written by another program, which leaves a stray byte in each record: in
+                   // its link slot, anywhere, or among a to-do's first fields; and loaded again
+            const std::size_t head = arg & 8 ? 117 : Record::kLinkAt;
+            const std::size_t stray = arg & 4 ? Record::kLinkAt : arg / 16 % head % Record::kLinkAt;
+            for (std::size_t at = stray; at < bytes.size(); at += Record::kFileSize)
+                bytes[at] = 'j';
+            std::ofstream(name(), std::ios::binary) << bytes;
             reload();
-            return {};
+            checked_ = false;
         }
-        expect_ = Expect::Everything;
-        return {};
+        }
     }
 
     int maxCount_;
     std::unique_ptr<ScopedStore<Store>> store_;
-    // The file as the last save or load left it, and what the next save must write.
+    // The file as the store knows it from the last save or load, and whether the next save's
+    // bytes can be told in advance.
     std::string known_;
-    Expect expect_ = Expect::Changes;
+    bool checked_ = true;
 };
 
 } // namespace SaveSequence
