@@ -117,9 +117,9 @@ protected:
     ~RecordStore() = default;
 
     // Returns false when the file could not be opened (reported on stderr). A trailing partial
-    // record is dropped without a word; the link slot in the file is never looked at. A record
-    // the file holds other than as a save would write it (bytes after a terminator, another
-    // link value) is remembered as unknown, so the first save writes it.
+    // record is dropped without a word; no link slot is taken for a link. A record the file
+    // holds other than as a save would write it (bytes after a terminator, another link value)
+    // is remembered as unknown, so the first save writes it.
     bool load() {
         file = std::fopen(fileName, "rb");
         if (file == nullptr) {
