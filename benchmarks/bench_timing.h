@@ -6,6 +6,8 @@
 #include <benchmark/benchmark.h>
 
 #include <chrono>
+#include <fstream>
+#include <string>
 
 namespace BenchTiming {
 
@@ -47,6 +49,18 @@ inline void reportPeak(benchmark::State& state, long peakKiB, double dataBytes,
     state.counters["data_mb"] = dataBytes / kMega;
     state.counters["budget_mb"] = (1.1 * dataBytes + 30 * kMega) / kMega;
     state.counters[ratioName] = peakBytes / dataBytes;
+}
+
+// Bytes this process has handed to write() and its kin so far ("wchar" of /proc/self/io).
+inline double writtenBytes() {
+    std::ifstream io("/proc/self/io");
+    std::string key;
+    double value = 0;
+    while (io >> key >> value) {
+        if (key == "wchar:")
+            return value;
+    }
+    return 0;
 }
 
 } // namespace BenchTiming

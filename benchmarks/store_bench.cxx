@@ -116,12 +116,16 @@ void measureLoad(benchmark::State& state) {
     alternate(state, load, [] { return readFloor("pindle_todo.db"); });
 }
 
+// A save that writes every record: the file's modification time is moved first, as another
+// program writing it would, so the store cannot build on what it last wrote.
 void measureSave(benchmark::State& state) {
     BenchDir dir;
     TodoStore* store = generatedStore(static_cast<int>(state.range(0)));
     store->save();
     const std::string bytes = readWhole("pindle_todo.db");
     auto save = [store] {
+        const timespec past[2] = {{0, UTIME_OMIT}, {1, 0}};
+        utimensat(AT_FDCWD, "pindle_todo.db", past, 0);
         auto start = Clock::now();
         store->save();
         return secondsSince(start);
@@ -129,6 +133,67 @@ void measureSave(benchmark::State& state) {
     alternate(state, save, [&bytes] { return writeFloor("floor.db", bytes); });
     state.counters["disk_mb"] = diskMegabytes("pindle_todo.db");
     state.counters["floor_disk_mb"] = diskMegabytes("floor.db");
+    discard(store);
+}
+
+// The saves that follow each kind of change, timed alone. The change before it and the restoring
+// after it (saved too, untimed) keep the store at N to-dos, so every iteration is alike.
+struct SaveKind {
+    const char* name;
+    void (*change)(TodoStore&, TodoGenerator&);
+    void (*restore)(TodoStore&, TodoGenerator&, int count);
+};
+
+void topUp(TodoStore& store, TodoGenerator& generator, int count) {
+    while (store.count() < count)
+        store.append(generator.makeTodo());
+}
+
+const SaveKind kSaveKinds[] = {
+    {"save_unchanged", [](TodoStore&, TodoGenerator&) {}, nullptr},
+    {"save_edit",
+     [](TodoStore& s, TodoGenerator&) {
+         TodoRecord* r = s.at(s.count() / 2);
+         r->priority = (r->priority + 1) % 9;
+     },
+     nullptr},
+    {"save_append", [](TodoStore& s, TodoGenerator& g) { s.append(g.makeTodo()); },
+     [](TodoStore& s, TodoGenerator&, int) { s.remove(s.at(s.count() - 1)); }},
+    {"save_delete_first", [](TodoStore& s, TodoGenerator&) { s.remove(s.head); }, topUp},
+    {"save_delete_last", [](TodoStore& s, TodoGenerator&) { s.remove(s.at(s.count() - 1)); },
+     topUp},
+    // A fifth completed, the first of them at the top: every record after it moves.
+    {"save_purge", [](TodoStore& s, TodoGenerator&) { s.purgeCompleted(); },
+     [](TodoStore& s, TodoGenerator& g, int count) {
+         topUp(s, g, count);
+         for (int i = 0; i < count; i++)
+             s.at(i)->completed = i % 5 == 0 ? 1 : 0;
+     }},
+};
+
+void measureSaveKind(benchmark::State& state, const SaveKind& kind) {
+    BenchDir dir;
+    const int count = static_cast<int>(state.range(0));
+    TodoGenerator generator(7);
+    TodoStore* store = generatedStore(count);
+    if (kind.restore != nullptr)
+        kind.restore(*store, generator, count);
+    store->save();
+    double written = 0;
+    for (auto _ : state) {
+        kind.change(*store, generator);
+        double before = BenchTiming::writtenBytes();
+        auto start = Clock::now();
+        store->save();
+        state.SetIterationTime(secondsSince(start));
+        written += BenchTiming::writtenBytes() - before;
+        if (kind.restore != nullptr) {
+            kind.restore(*store, generator, count);
+            store->save();
+        }
+    }
+    state.counters["written_kb"] =
+        benchmark::Counter(written / 1e3, benchmark::Counter::kAvgIterations);
     discard(store);
 }
 
@@ -204,6 +269,14 @@ void registerAll() {
             // second of reported time would take that many times longer.
             if (m.function == measureRebuildAccess)
                 b->MinTime(0.5 * count / 10000);
+        }
+    }
+    for (const SaveKind& kind : kSaveKinds) {
+        for (int count : {100, 1000, 10000}) {
+            benchmark::RegisterBenchmark(kind.name, measureSaveKind, kind)
+                ->Arg(count)
+                ->UseManualTime()
+                ->Unit(benchmark::kMillisecond);
         }
     }
     benchmark::RegisterBenchmark("load_peak_rss", measureLoadPeakRss)

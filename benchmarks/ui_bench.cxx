@@ -119,6 +119,36 @@ void measureRebuild(benchmark::State& state) {
     state.counters["lines"] = static_cast<double>(texts.size());
 }
 
+// A switch between the tabs with nothing changed (the category check of every to-do, the save,
+// the list rebuild and the category filter) beside the list rebuild alone.
+void measureTabSwitch(benchmark::State& state) {
+    if (std::getenv("DISPLAY") == nullptr) {
+        state.SkipWithError("no X display");
+        return;
+    }
+    BenchDir dir;
+    TodoWindow& win = mainWindow();
+    fillGlobalStores(static_cast<int>(state.range(0)));
+    win.tabChanged(); // the first save in a new folder writes the file whole
+    double written = 0;
+    auto tabSwitch = [&win, &written] {
+        double before = BenchTiming::writtenBytes();
+        auto start = Clock::now();
+        win.tabChanged();
+        double seconds = secondsSince(start);
+        written += BenchTiming::writtenBytes() - before;
+        return seconds;
+    };
+    auto floor = [&win] {
+        auto start = Clock::now();
+        win.fillTodoBrowser();
+        return secondsSince(start);
+    };
+    alternate(state, tabSwitch, floor);
+    state.counters["written_kb"] =
+        benchmark::Counter(written / 1e3, benchmark::Counter::kAvgIterations);
+}
+
 // ---- Start-up and peak memory ------------------------------------------------------------
 
 int ignoreXError(Display*, XErrorEvent*) {
@@ -237,6 +267,12 @@ void registerAll() {
                 ->UseManualTime()
                 ->Unit(benchmark::kMillisecond);
         }
+    }
+    for (int count : {100, 1000, 10000}) {
+        benchmark::RegisterBenchmark("tab_switch", measureTabSwitch)
+            ->Arg(count)
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
     }
     for (int count : {100, 1000, 10000}) {
         benchmark::RegisterBenchmark("startup", measureStartup)

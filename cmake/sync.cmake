@@ -54,10 +54,10 @@ if(PINDLE_FUZZ)
   set(sync_fuzz_flags -fsanitize=address,undefined -fno-sanitize-recover=all
       -fno-omit-frame-pointer)
   add_executable(server_reply_fuzzer fuzz/server_reply_fuzzer.cxx
-    src/sync/dav_xml.cxx src/sync/server_todo.cxx src/export/utf8_text.cxx
-    src/data/todo_store.cxx src/data/field_codec.cxx src/data/staged_writer.cxx)
-  target_include_directories(server_reply_fuzzer PRIVATE src/sync src/export src/data)
+    src/sync/dav_xml.cxx src/sync/server_todo.cxx src/export/utf8_text.cxx)
+  target_include_directories(server_reply_fuzzer PRIVATE src/sync src/export)
   target_compile_options(server_reply_fuzzer PRIVATE ${sync_fuzz_flags} -fsanitize=fuzzer)
   target_link_options(server_reply_fuzzer PRIVATE ${sync_fuzz_flags} -fsanitize=fuzzer)
-  target_link_libraries(server_reply_fuzzer PRIVATE PkgConfig::LIBICAL PkgConfig::PUGIXML)
+  target_link_libraries(server_reply_fuzzer PRIVATE pindle_data_fuzz PkgConfig::LIBICAL
+                        PkgConfig::PUGIXML)
 endif()

@@ -20,7 +20,7 @@ for _ in $(seq 50); do [ -e "/tmp/.X11-unix/X${display#:}" ] && break; sleep 0.1
 DISPLAY=$display build-bench/ui_bench "${run[@]}" --benchmark_out=build-bench/ui_bench.json \
   >build-bench/ui_bench.log 2>&1
 
-# Times in ms or us. Peak RSS rows: the "median" is the peak, the "floor" N x 32124 bytes. The
+# Times in ms or us; the kinds of save have no floor, only the bytes they wrote. Peak RSS rows: the "median" is the peak, the "floor" N x 32124 bytes. The
 # start-up floor is the same program started on empty files. A single repetition has no
 # aggregates, so its plain rows stand in for the medians.
 jq -rs '
@@ -39,8 +39,10 @@ jq -rs '
      else
        [$p[1], ($p[0] | sub("rebuild_all"; "rebuild, completed shown")
                       | sub("rebuild_default"; "rebuild, default")),
-        (.real_time | time), (.floor_ms | time), (.ratio | fmt),
-        if .disk_mb then "disk " + (.disk_mb | fmt) + " MB vs " + (.floor_disk_mb | fmt) + " MB"
+        (.real_time | time), (if .floor_ms then (.floor_ms | time) else "-" end),
+        (if .floor_ms then (.ratio | fmt) else "-" end),
+        if .written_kb then "wrote " + (.written_kb | fmt) + " KB"
+        elif .disk_mb then "disk " + (.disk_mb | fmt) + " MB vs " + (.floor_disk_mb | fmt) + " MB"
         elif .lines then (.lines | tostring) + " lines"
         else "" end]
      end)

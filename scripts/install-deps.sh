@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages a part of the project needs, only those that are missing.
 # usage: install-deps.sh [--companions] [--tests] [PACKAGE...]
-#   alone: what building the program takes (compiler, CMake, FLTK)
+#   alone: what building the program takes (compiler, CMake, FLTK, the xxHash header)
 #   --companions: also the libraries of pindle_export and pindle_sync (libical, libcurl, pugixml,
 #                 nlohmann-json)
 #   --tests: the companions' libraries and what the test suites run (GoogleTest, Xvfb and
@@ -9,11 +9,11 @@
 #   PACKAGE...: anything more a script of its own needs (clang for fuzzing, ...)
 set -euo pipefail
 
-packages=(cmake g++ make libfltk1.3-dev)
+packages=(cmake g++ make libfltk1.3-dev libxxhash-dev)
 companions=(pkg-config libcurl4-openssl-dev libical-dev libpugixml-dev nlohmann-json3-dev)
 tests=(libgtest-dev libgmock-dev xvfb xauth xdotool x11-apps x11-utils imagemagick
        desktop-file-utils appstream man-db groff-base librsvg2-bin
-       python3 python3-icalendar radicale python3-caldav)
+       python3 python3-icalendar radicale python3-caldav e2fsprogs)
 while [ $# -gt 0 ]; do
   case $1 in
   --companions) packages+=("${companions[@]}") ;;

@@ -5,10 +5,6 @@
 
 #include <cstring>
 
-namespace {
-constexpr std::size_t kLinkAt = 52;
-}
-
 CategoryRecord::CategoryRecord() : next(nullptr) {
     name[0] = '\0';
 }
@@ -17,15 +13,23 @@ void CategoryRecord::setName(const char* text) {
     FieldCodec::copyBounded(name, text, name + sizeof name);
 }
 
-void CategoryRecord::decode(const unsigned char* block) {
+bool CategoryRecord::decode(const unsigned char* block) {
     std::memcpy(name, block, sizeof name);
-    if (std::memchr(name, 0, sizeof name) == nullptr)
+    if (std::memchr(name, 0, sizeof name) == nullptr) {
         name[sizeof name - 1] = '\0';
+        return false;
+    }
+    return FieldCodec::isPadded(block, sizeof name);
 }
 
 void CategoryRecord::encode(unsigned char* block, bool last) const {
     FieldCodec::putText(block, name, sizeof name);
-    FieldCodec::putInt32(block + kLinkAt, last ? 0 : 1);
+    FieldCodec::putLink(block + kLinkAt, last);
+}
+
+Digest CategoryRecord::digest() const {
+    unsigned char packed[sizeof name];
+    return Digest::of(packed, FieldCodec::putSignificant(packed, name, sizeof name));
 }
 
 CategoryStore::CategoryStore() : RecordStore("cat.db") {

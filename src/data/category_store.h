@@ -3,12 +3,14 @@
 #ifndef PINDLE_CATEGORY_STORE_H
 #define PINDLE_CATEGORY_STORE_H
 
+#include "digest.h"
 #include "record_store.h"
 
 #include <cstddef>
 
 struct CategoryRecord {
     static constexpr std::size_t kFileSize = 56;
+    static constexpr std::size_t kLinkAt = 52;
 
     char name[52];
     CategoryRecord* next;
@@ -19,8 +21,11 @@ struct CategoryRecord {
     // Bounded by the name field: a longer text is cut to 51 characters.
     void setName(const char* text);
 
-    void decode(const unsigned char* block);
+    // True when the block is exactly what encode writes for the record, but for the link slot.
+    bool decode(const unsigned char* block);
     void encode(unsigned char* block, bool last) const;
+    // Of the name up to its terminator: all that encode writes but zeros and the link.
+    Digest digest() const;
 };
 
 class CategoryStore : public RecordStore<CategoryRecord> {

@@ -60,10 +60,29 @@ void copyBounded(char* dest, const char* text, const char* limit) {
 }
 
 void putText(unsigned char* out, const char* field, std::size_t size) {
+    std::size_t used = putSignificant(out, field, size);
+    std::memset(out + used, 0, size - used);
+}
+
+std::size_t putSignificant(unsigned char* out, const char* field, std::size_t size) {
     const char* end = static_cast<const char*>(std::memchr(field, 0, size));
     std::size_t used = end != nullptr ? static_cast<std::size_t>(end - field) + 1 : size;
     std::memcpy(out, field, used);
-    std::memset(out + used, 0, size - used);
+    return used;
+}
+
+// Zero at the start and each byte equal to the next: memcmp does the scan at full speed.
+bool isZero(const unsigned char* bytes, std::size_t size) {
+    return size == 0 || (bytes[0] == 0 && std::memcmp(bytes, bytes + 1, size - 1) == 0);
+}
+
+bool isPadded(const unsigned char* field, std::size_t size) {
+    const auto* end = static_cast<const unsigned char*>(std::memchr(field, 0, size));
+    return end == nullptr || isZero(end, size - static_cast<std::size_t>(end - field));
+}
+
+void putLink(unsigned char* out, bool last) {
+    putInt32(out, last ? 0 : 1);
 }
 
 } // namespace FieldCodec

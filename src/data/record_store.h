@@ -1,18 +1,26 @@
 // The list-and-file machinery shared by the to-do and category stores: heap records in file
-// order, linked and indexed by position, loaded once and rewritten whole on every save.
+// order, linked and indexed by position, loaded once and saved in place: each save writes only
+// the records that differ from what the file holds, which the store knows by their digests.
 #ifndef PINDLE_RECORD_STORE_H
 #define PINDLE_RECORD_STORE_H
 
-#include "staged_writer.h"
+#include "digest.h"
+#include "field_codec.h"
+#include "file_stamp.h"
+#include "file_update.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
+#include <optional>
+#include <sys/stat.h>
 #include <vector>
 
 // Record must provide: a default constructor that makes an empty record, a `next` pointer,
-// kFileSize, decode(const unsigned char*) and encode(unsigned char*, bool last) const.
+// kFileSize, kLinkAt (where its link slot lies), bool decode(const unsigned char*) (true when
+// the block is as encode writes it, link slot aside), encode(unsigned char*, bool last) const
+// and digest() const, a digest of what encode writes apart from the link slot.
 template <class Record> class RecordStore {
 public:
     char fileName[256];
@@ -68,31 +76,35 @@ public:
         return static_cast<std::size_t>(position) < order_.size() ? order_[position] : nullptr;
     }
 
-    // Rewrites the whole file. An empty list leaves it truncated to nothing; a file that cannot
-    // be opened or written while there are records to keep ends the program with status 200.
+    // Brings the file to exactly the bytes of every record encoded in order, writing only the
+    // records whose digest differs from what the file holds and the link slots that change,
+    // front to back: after a remove every record that moves is written over a position it has
+    // already left, so a save cut short by a kill still holds every other record somewhere. A
+    // file that is not the one last loaded or written is written whole. An empty list leaves an
+    // empty file; a file that cannot be opened or written while there are records to keep ends
+    // the program with status 200.
     void save() {
-        file = std::fopen(fileName, "wb");
-        if (head == nullptr) {
-            if (file != nullptr)
-                std::fclose(file);
+        FileUpdate update(fileName, stamp_, head != nullptr);
+        if (!update.isOpen())
             return;
+        if (!update.inPlace())
+            held_.clear();
+        const std::size_t before = held_.size();
+        const std::size_t count = order_.size();
+        held_.resize(count);
+        for (std::size_t i = 0; i < count; i++) {
+            const Record& r = *order_[i];
+            const Digest digest = r.digest();
+            const bool last = i + 1 == count;
+            const std::uint64_t offset = i * std::uint64_t{Record::kFileSize};
+            if (i >= before || held_[i] != digest)
+                r.encode(update.at(offset, Record::kFileSize), last);
+            else if (last != (i + 1 == before))
+                FieldCodec::putLink(update.at(offset + Record::kLinkAt, FieldCodec::kLinkSize),
+                                    last);
+            held_[i] = digest;
         }
-        if (file == nullptr) {
-            std::fprintf(stderr, "could not open file %s\n", fileName);
-            std::exit(200);
-        }
-        // Written through the descriptor, unbuffered by stdio, so no failure can hide in a
-        // buffer until fclose.
-        StagedWriter out(fileno(file));
-        for (const Record* r : order_) {
-            unsigned char* block = out.next(Record::kFileSize);
-            if (block == nullptr)
-                failWrite();
-            r->encode(block, r->next == nullptr);
-        }
-        if (!out.finish())
-            failWrite();
-        std::fclose(file);
+        stamp_ = update.finish(count * std::uint64_t{Record::kFileSize});
     }
 
 protected:
@@ -104,13 +116,10 @@ protected:
     // Records live until the program ends; a store is never torn down while it runs.
     ~RecordStore() = default;
 
-    [[noreturn]] static void failWrite() {
-        std::fprintf(stderr, "could not write records!\n");
-        std::exit(200);
-    }
-
     // Returns false when the file could not be opened (reported on stderr). A trailing partial
-    // record is dropped without a word; the link slot in the file is never looked at.
+    // record is dropped without a word; no link slot is taken for a link. A record the file
+    // holds other than as a save would write it (bytes after a terminator, another link value)
+    // is remembered as unknown, so the first save writes it.
     bool load() {
         file = std::fopen(fileName, "rb");
         if (file == nullptr) {
@@ -118,15 +127,27 @@ protected:
             std::fprintf(stderr, "skipping over reading record\n");
             return false;
         }
+        struct stat opened {};
+        fstat(fileno(file), &opened);
+        const auto records = static_cast<std::size_t>(opened.st_size) / Record::kFileSize;
         unsigned char block[Record::kFileSize];
+        unsigned char link[FieldCodec::kLinkSize];
         while (!std::feof(file)) {
             if (std::fread(block, Record::kFileSize, 1, file) != 1)
                 break;
             Record* record = new Record;
-            record->decode(block);
+            bool asSaved = record->decode(block);
             record->next = nullptr;
             append(record);
+            FieldCodec::putLink(link, order_.size() == records);
+            asSaved = asSaved && std::memcmp(link, block + Record::kLinkAt, sizeof link) == 0;
+            held_.push_back(asSaved ? std::optional<Digest>(record->digest()) : std::nullopt);
         }
+        // A file that changed while it was read is not known to hold what was loaded.
+        struct stat closing {};
+        fstat(fileno(file), &closing);
+        if (held_.size() == records && FileStamp(opened).matches(closing))
+            stamp_ = FileStamp(closing);
         std::fclose(file);
         return true;
     }
@@ -134,6 +155,10 @@ protected:
 private:
     // The records in list order, so that count and at need no walk.
     std::vector<Record*> order_;
+    // Per position of the file, the digest of the record it holds; none where that is unknown.
+    std::vector<std::optional<Digest>> held_;
+    // The file as last loaded or written; a save finding anything else writes it whole.
+    FileStamp stamp_;
 };
 
 #endif

@@ -3,12 +3,14 @@
 #ifndef PINDLE_TODO_STORE_H
 #define PINDLE_TODO_STORE_H
 
+#include "digest.h"
 #include "record_store.h"
 
 #include <cstddef>
 
 struct TodoRecord {
     static constexpr std::size_t kFileSize = 32124;
+    static constexpr std::size_t kLinkAt = 32120;
     // The notes field holds this many characters and its terminator.
     static constexpr int kNotesMax = 31999;
 
@@ -33,10 +35,14 @@ struct TodoRecord {
     void setDescription(const char* text);
     void setNotes(const char* text);
 
-    void decode(const unsigned char* block);
+    // True when the block is exactly what encode writes for the record, but for the link slot.
+    bool decode(const unsigned char* block);
     void encode(unsigned char* block, bool last) const;
+    // Of every byte encode writes but the zeros after terminators, the padding and the link.
+    Digest digest() const;
 
 private:
+    void putNumbers(unsigned char* block) const;
     char* textField(std::size_t offset);
     const char* textEnd() const;
 };

@@ -1,0 +1,65 @@
+// In-place saves: open, identify, write ranges, cut, stamp.
+#include "file_update.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <unistd.h>
+
+FileUpdate::FileUpdate(const char* name, const FileStamp& lastSeen, bool mustOpen)
+    : fd_(open(name, O_WRONLY | O_CREAT | O_CLOEXEC, 0666)), opened_{}, inPlace_(false),
+      changed_(false), out_(fd_) {
+    if (fd_ < 0) {
+        if (!mustOpen)
+            return;
+        std::fprintf(stderr, "could not open file %s\n", name);
+        std::exit(200);
+    }
+    if (fstat(fd_, &opened_) != 0)
+        failWrite();
+    // The one place that decides whether the file on disk is still the one last seen.
+    inPlace_ = lastSeen.matches(opened_);
+}
+
+FileUpdate::~FileUpdate() {
+    if (fd_ >= 0)
+        close(fd_);
+}
+
+unsigned char* FileUpdate::at(std::uint64_t offset, std::size_t size) {
+    changed_ = true;
+    unsigned char* room = out_.at(offset, size);
+    if (room == nullptr)
+        failWrite();
+    return room;
+}
+
+FileStamp FileUpdate::finish(std::uint64_t length) {
+    if (!out_.finish())
+        failWrite();
+    if (!S_ISREG(opened_.st_mode))
+        return FileStamp();
+    auto size = static_cast<off_t>(length);
+    if (opened_.st_size != size) {
+        changed_ = true;
+        if (ftruncate(fd_, size) != 0)
+            failWrite();
+    }
+    // A save that changed the file is on the disk before it returns, so a power cut can no
+    // longer take it back. It costs under a millisecond for an edit; a save with nothing to
+    // write, as most tab switches are, makes no request of the disk at all.
+    if (changed_ && fdatasync(fd_) != 0)
+        failWrite();
+    // A file system that cannot set the time still holds every byte, so that is no failure.
+    const timespec now[2] = {{0, UTIME_OMIT}, {0, UTIME_NOW}};
+    futimens(fd_, now);
+    struct stat written {};
+    if (fstat(fd_, &written) != 0)
+        failWrite();
+    return FileStamp(written);
+}
+
+void FileUpdate::failWrite() {
+    std::fprintf(stderr, "could not write records!\n");
+    std::exit(200);
+}

@@ -1,0 +1,45 @@
+#!/usr/bin/env bash
+# Saves that cannot be made: on a full file system (a small loop-mounted ext4), to a file made
+# immutable, and on a file system mounted read-only (root ignores file modes). Each must say why
+# on stderr, end with status 200 and leave every old to-do in the file. On the full file system
+# an edit still saves: it only overwrites blocks the file already has.
+# usage: save_failures.sh SAVE_DRIVER. Needs root and a free loop device; skips (77) without.
+set -euo pipefail
+driver=$1 n=200
+[ "$(id -u)" -eq 0 ] || { echo "SKIP: mounting a test file system needs root"; exit 77; }
+losetup -f >/dev/null 2>&1 || { echo "SKIP: no free loop device"; exit 77; }
+work=$(mktemp -d /tmp/pindle_fail_XXXXXX)
+mnt=$work/mnt
+trap 'set +e; cd /; chattr -i "$mnt/pindle_todo.db" 2>/dev/null; umount "$mnt"; rm -rf "$work"' EXIT
+
+truncate -s 12M "$work/fs.img"
+mkfs.ext4 -q -F -m 0 "$work/fs.img"
+mkdir "$mnt"
+mount -o loop "$work/fs.img" "$mnt"
+cd "$mnt"
+"$driver" fill "$n" >/dev/null 2>&1
+dd if=/dev/zero of=filler bs=4k 2>/dev/null || true
+sync
+
+# expect CHANGE STATUS [LAST STDERR LINE]; then every old to-do must still be there: all of them
+# after a failure (as after an append, which changes none), all but the changed ones otherwise.
+expect() {
+  local change=$1 want=$2 message=${3:-} status=0 unchanged=append
+  "$driver" "$change" "$n" >/dev/null 2>"$work/stderr" || status=$?
+  [ "$status" -eq 0 ] && unchanged=$change
+  if [ "$status" -ne "$want" ] || [ "$(tail -n 1 "$work/stderr")" != "$message" ] ||
+    ! "$driver" check "$unchanged" "$n" >/dev/null; then
+    echo "FAIL: $change: status $status, stderr '$(cat "$work/stderr")', to-dos lost or not"
+    exit 1
+  fi
+  echo "ok: $change: status $status${message:+, $message}"
+}
+
+expect append 200 "could not write records!"
+chattr +i pindle_todo.db
+expect edit 200 "could not open file pindle_todo.db"
+chattr -i pindle_todo.db
+mount -o remount,ro "$mnt"
+expect delete-first 200 "could not open file pindle_todo.db"
+mount -o remount,rw "$mnt"
+expect edit 0

@@ -1,0 +1,203 @@
+// Runs of what the program does to a store around its saves (append, edit in place, remove,
+// purge, save, reload) mixed with changes other programs make to the file, for the in-place
+// save's tests and fuzz target. After every save the file must hold exactly the whole encoding
+// of the list, and the save must have written only the records that differ from the file it
+// last wrote or loaded (their link slots alone when only those differ), or every record when
+// something else changed the file since.
+#ifndef PINDLE_TEST_SAVE_SEQUENCE_H
+#define PINDLE_TEST_SAVE_SEQUENCE_H
+
+#include "category_store.h"
+#include "support/store_helpers.h"
+#include "todo_store.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <sys/stat.h>
+#include <type_traits>
+#include <unistd.h>
+
+namespace SaveSequence {
+
+// Contents from a small set, so that many edits leave a record as it was; now and then texts
+// of full length, and shorter texts over longer ones leave bytes behind their terminators.
+struct Contents {
+    static void fill(TodoRecord& r, std::uint32_t v) {
+        r.month = static_cast<int>(v % 3);
+        r.completed = (v >> 2) % 8 == 0;
+        r.setCategory(std::string((v >> 5) % 8 == 0 ? 50 : (v >> 5) % 3, 'c').c_str());
+        r.setDescription(std::string((v >> 8) % 3, 'd').c_str());
+        r.setNotes(std::string((v >> 10) % 16 ? (v >> 14) % 3 : (v >> 14) % 32000, 'n').c_str());
+    }
+    static void fill(CategoryRecord& r, std::uint32_t v) {
+        r.setName(std::string(v % 8 == 0 ? 60 : v % 3, (v >> 3) % 2 ? 'a' : 'b').c_str());
+    }
+    static bool doomed(const TodoRecord& r) { return r.completed != 0; }
+    static bool doomed(const CategoryRecord& r) { return std::strlen(r.name) > 50; }
+};
+
+// The whole file in one read; empty when it is missing.
+inline std::string readFile(const char* name) {
+    struct stat info {};
+    std::string bytes(stat(name, &info) == 0 ? static_cast<std::size_t>(info.st_size) : 0, '\0');
+    std::ifstream(name, std::ios::binary).read(bytes.data(), info.st_size);
+    return bytes;
+}
+
+// Bytes this process has handed to write() and its kin so far. Read without iostreams, whose
+// checks under UBSan write to a pipe of their own.
+inline long long writtenBytes() {
+    char text[512] = "";
+    int fd = open("/proc/self/io", O_RDONLY);
+    ssize_t n = read(fd, text, sizeof text - 1);
+    close(fd);
+    const char* wchar = n > 0 ? std::strstr(text, "wchar:") : nullptr;
+    return wchar != nullptr ? std::atoll(wchar + 6) : -1;
+}
+
+template <class Store> class Run {
+public:
+    using Record = std::remove_pointer_t<decltype(Store::head)>;
+
+    explicit Run(int maxCount) : maxCount_(maxCount) { reload(); }
+
+    // One operation, picked by `op` with the odds of the letters here: append, edit, remove,
+    // purge, reload, a change by another program, save. A non-empty result tells what failed.
+    std::string step(std::uint8_t op, std::uint32_t arg) {
+        const int n = store_->count();
+        Record* at = n > 0 ? store_->at(static_cast<int>(arg % static_cast<unsigned>(n))) : nullptr;
+        switch ("aaaaaeeerrplcsss"[op % 16]) {
+        case 'a':
+            if (n < maxCount_) {
+                store_->append(new Record);
+                Contents::fill(*store_->at(n), arg);
+            }
+            break;
+        case 'e':
+            if (at != nullptr)
+                Contents::fill(*at, arg >> 8);
+            break;
+        case 'r':
+            if (at != nullptr)
+                store_->remove(at);
+            break;
+        case 'p':
+            store_->removeIf([](const Record& r) { return Contents::doomed(r); });
+            break;
+        case 'l':
+            reload();
+            break;
+        case 'c':
+            changeFile(arg);
+            break;
+        default:
+            return save();
+        }
+        return {};
+    }
+
+private:
+    const char* name() const { return store_->fileName; }
+
+    std::string encoding() const {
+        std::string bytes(static_cast<std::size_t>(store_->count()) * Record::kFileSize, '\0');
+        auto* block = reinterpret_cast<unsigned char*>(bytes.data());
+        for (const Record* r = store_->head; r != nullptr; r = r->next, block += Record::kFileSize)
+            r->encode(block, r->next == nullptr);
+        return bytes;
+    }
+
+    // What an in-place save must write to turn `old` into `now`.
+    static long long changedBytes(const std::string& old, const std::string& now) {
+        const std::size_t size = Record::kFileSize, link = Record::kLinkAt;
+        long long bytes = 0;
+        for (std::size_t at = 0; at < now.size(); at += size) {
+            if (at + size > old.size() || old.compare(at, link, now, at, link) != 0)
+                bytes += size;
+            else if (old.compare(at + link, size - link, now, at + link, size - link) != 0)
+                bytes += size - link;
+        }
+        return bytes;
+    }
+
+    std::string save() {
+        long long before = writtenBytes();
+        store_->save();
+        long long written = writtenBytes() - before;
+        const std::string whole = encoding();
+        if (access(name(), F_OK) != 0 || readFile(name()) != whole)
+            return "the file is not the whole encoding of the list";
+        long long expected = changedBytes(known_, whole);
+        if (checked_ && written != expected)
+            return "wrote " + std::to_string(written) + " bytes, not " + std::to_string(expected);
+        known_ = whole;
+        checked_ = true;
+        return {};
+    }
+
+    // A file that holds its records as a save writes them is known to the store in full.
+    void reload() {
+        store_.reset();
+        store_ = std::make_unique<ScopedStore<Store>>();
+        known_ = readFile(name());
+        checked_ =
+            known_.substr(0, known_.size() - known_.size() % Record::kFileSize) == encoding();
+    }
+
+    // Each leaves a file that stat tells apart from the last one saved, whatever the clock's
+    // granularity: another inode, another size, or an older modification time.
+    void changeFile(std::uint32_t arg) {
+        std::string bytes = readFile(name());
+        struct stat old {};
+        stat(name(), &old);
+        known_.clear(); // the store knows nothing of the file now: every record must go out
+        switch (arg % 5) {
+        case 0: // replaced by another file
+            std::ofstream("replacement", std::ios::binary) << bytes;
+            std::rename("replacement", name());
+            break;
+        case 1: // cut short or grown
+            bytes.resize(
+                arg % 2 && !bytes.empty() ? arg % bytes.size() : bytes.size() + 1 + arg % 99, 'g');
+            std::ofstream(name(), std::ios::binary) << bytes;
+            break;
+        case 2: { // overwritten at the same size and put back with an older modification time
+            if (!bytes.empty())
+                bytes[arg % bytes.size()] ^= 1;
+            std::ofstream(name(), std::ios::binary) << bytes;
+            const timespec times[2] = {old.st_atim, {old.st_mtim.tv_sec - 1, old.st_mtim.tv_nsec}};
+            utimensat(AT_FDCWD, name(), times, 0);
+            break;
+        }
+        case 3:
+            std::remove(name());
+            break;
+        default: { // written by another program, which leaves a stray byte in each record: in
+                   // its link slot, anywhere, or among a to-do's first fields; and loaded again
+            const std::size_t head = arg & 8 ? 117 : Record::kLinkAt;
+            const std::size_t stray = arg & 4 ? Record::kLinkAt : arg / 16 % head % Record::kLinkAt;
+            for (std::size_t at = stray; at < bytes.size(); at += Record::kFileSize)
+                bytes[at] = 'j';
+            std::ofstream(name(), std::ios::binary) << bytes;
+            reload();
+            checked_ = false;
+        }
+        }
+    }
+
+    int maxCount_;
+    std::unique_ptr<ScopedStore<Store>> store_;
+    // The file as the store knows it from the last save or load, and whether the next save's
+    // bytes can be told in advance.
+    std::string known_;
+    bool checked_ = true;
+};
+
+} // namespace SaveSequence
+
+#endif
