@@ -1,24 +1,32 @@
 // In-place saves: open, identify, write ranges, cut, stamp.
 #include "file_update.h"
 
+#include "data_file.h"
+#include "kept_copy.h"
+#include "save_report.h"
+
 #include <cstdio>
-#include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
 
 FileUpdate::FileUpdate(const char* name, const FileStamp& lastSeen, bool mustOpen)
-    : fd_(open(name, O_WRONLY | O_CREAT | O_CLOEXEC, 0666)), opened_{}, inPlace_(false),
-      changed_(false), out_(fd_) {
+    : fd_(DataFile::open(name, O_RDWR | O_CREAT)), opened_{}, inPlace_(false),
+      changed_(false), name_{}, kept_{}, out_(fd_) {
     if (fd_ < 0) {
-        if (!mustOpen)
-            return;
-        std::fprintf(stderr, "could not open file %s\n", name);
-        std::exit(200);
+        if (mustOpen)
+            SaveReport::fail("could not open file %s", name);
+        return;
     }
     if (fstat(fd_, &opened_) != 0)
         failWrite();
     // The one place that decides whether the file on disk is still the one last seen.
     inPlace_ = lastSeen.matches(opened_);
+    // A file with records this store never saw came from elsewhere: never lost unseen.
+    if (!inPlace_ && S_ISREG(opened_.st_mode) && opened_.st_size > 0 &&
+        !KeptCopy::make(fd_, name, kept_, sizeof kept_))
+        SaveReport::fail("could not keep a copy of %s, which another program changed", name);
+    if (kept_[0] != '\0')
+        std::snprintf(name_, sizeof name_, "%s", name);
 }
 
 FileUpdate::~FileUpdate() {
@@ -56,10 +64,12 @@ FileStamp FileUpdate::finish(std::uint64_t length) {
     struct stat written {};
     if (fstat(fd_, &written) != 0)
         failWrite();
+    if (kept_[0] != '\0')
+        SaveReport::notice("%s was changed by another program; that version is kept as %s", name_,
+                           kept_);
     return FileStamp(written);
 }
 
 void FileUpdate::failWrite() {
-    std::fprintf(stderr, "could not write records!\n");
-    std::exit(200);
+    SaveReport::fail("could not write records!");
 }

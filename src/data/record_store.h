@@ -4,6 +4,7 @@
 #ifndef PINDLE_RECORD_STORE_H
 #define PINDLE_RECORD_STORE_H
 
+#include "data_file.h"
 #include "digest.h"
 #include "field_codec.h"
 #include "file_stamp.h"
@@ -13,8 +14,10 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <optional>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 // Record must provide: a default constructor that makes an empty record, a `next` pointer,
@@ -116,13 +119,17 @@ protected:
     // Records live until the program ends; a store is never torn down while it runs.
     ~RecordStore() = default;
 
-    // Returns false when the file could not be opened (reported on stderr). A trailing partial
+    // Returns false when the file could not be opened, a pipe or a socket in its place
+    // included (reported on stderr). A trailing partial
     // record is dropped without a word; no link slot is taken for a link. A record the file
     // holds other than as a save would write it (bytes after a terminator, another link value)
     // is remembered as unknown, so the first save writes it.
     bool load() {
-        file = std::fopen(fileName, "rb");
+        const int fd = DataFile::open(fileName, O_RDONLY);
+        file = fd >= 0 ? fdopen(fd, "rb") : nullptr;
         if (file == nullptr) {
+            if (fd >= 0)
+                close(fd);
             std::fprintf(stderr, "could not open file %s\n", fileName);
             std::fprintf(stderr, "skipping over reading record\n");
             return false;

@@ -144,20 +144,6 @@ TEST_F(StagedSave, CategoryFilesSaveTheirPlainBytes) {
     EXPECT_TRUE(readFile("cat.db") == plainBytes(store.head));
 }
 
-// A pipe takes the bytes as they come, in several writes.
-TEST_F(StagedSave, PipeGetsEveryByte) {
-    std::mt19937 random(11);
-    Todos store; // loads first: opening the pipe to read would wait for a writer
-    for (int i = 0; i < 12; i++)
-        store.append(randomTodo(random));
-    ASSERT_EQ(mkfifo("pindle_todo.db", 0600), 0);
-    std::string received;
-    std::thread reader([&received] { received = readFile("pindle_todo.db"); });
-    store.save();
-    reader.join();
-    EXPECT_TRUE(received == plainBytes(store.head));
-}
-
 using StagedSaveDeath = StagedSave;
 
 // Limits that fall in text, in zeros, on stage edges and on the very last byte. None is below

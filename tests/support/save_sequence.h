@@ -3,7 +3,7 @@
 // save's tests and fuzz target. After every save the file must hold exactly the whole encoding
 // of the list, and the save must have written only the records that differ from the file it
 // last wrote or loaded (their link slots alone when only those differ), or every record when
-// something else changed the file since.
+// something else changed the file since, after keeping what that change left in a copy.
 #ifndef PINDLE_TEST_SAVE_SEQUENCE_H
 #define PINDLE_TEST_SAVE_SEQUENCE_H
 
@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
@@ -125,6 +126,26 @@ private:
         return bytes;
     }
 
+    // The copy a save kept of a file changed by others, read and removed, and the bytes of the
+    // line that told of it; both empty when none was kept.
+    std::pair<std::string, long long> takeKeptCopy() const {
+        const std::string prefix = std::string(name()) + ".changed-elsewhere-";
+        std::string bytes;
+        long long told = 0;
+        for (const auto& entry : std::filesystem::directory_iterator(".")) {
+            const std::string file = entry.path().filename();
+            if (file.compare(0, prefix.size(), prefix) == 0) {
+                bytes += readFile(file.c_str());
+                told += std::snprintf(nullptr, 0,
+                                      "%s was changed by another program; that "
+                                      "version is kept as %s\n",
+                                      name(), file.c_str());
+                std::filesystem::remove(entry.path());
+            }
+        }
+        return {bytes, told};
+    }
+
     std::string save() {
         long long before = writtenBytes();
         store_->save();
@@ -132,7 +153,12 @@ private:
         const std::string whole = encoding();
         if (access(name(), F_OK) != 0 || readFile(name()) != whole)
             return "the file is not the whole encoding of the list";
-        long long expected = changedBytes(known_, whole);
+        const auto [kept, told] = takeKeptCopy();
+        if (kept != othersFile_)
+            return "the copy kept of the file changed by others is not what they left";
+        long long expected =
+            changedBytes(known_, whole) + static_cast<long long>(kept.size()) + told;
+        othersFile_.clear();
         if (checked_ && written != expected)
             return "wrote " + std::to_string(written) + " bytes, not " + std::to_string(expected);
         known_ = whole;
@@ -145,6 +171,7 @@ private:
         store_.reset();
         store_ = std::make_unique<ScopedStore<Store>>();
         known_ = readFile(name());
+        othersFile_.clear();
         checked_ =
             known_.substr(0, known_.size() - known_.size() % Record::kFileSize) == encoding();
     }
@@ -186,8 +213,10 @@ private:
             std::ofstream(name(), std::ios::binary) << bytes;
             reload();
             checked_ = false;
+            return;
         }
         }
+        othersFile_ = readFile(name());
     }
 
     int maxCount_;
@@ -196,6 +225,9 @@ private:
     // bytes can be told in advance.
     std::string known_;
     bool checked_ = true;
+    // What another program left in the file since the store last saw it, which the next save
+    // must keep in a copy before writing over it; empty when there is nothing to keep.
+    std::string othersFile_;
 };
 
 } // namespace SaveSequence
