@@ -3,6 +3,8 @@
 #ifndef PINDLE_ENTRY_DIALOG_H
 #define PINDLE_ENTRY_DIALOG_H
 
+#include "cal_date.h"
+
 #include <FL/Fl_Text_Buffer.H>
 
 class Fl_Button;
@@ -67,11 +69,8 @@ public:
     Fl_Text_Buffer notesBuffer;
 
 private:
-    struct ShownDate {
-        int month, day, year;
-    };
-    ShownDate shownDate() const;
-    void showDate(int month, int day, int year);
+    CalDate shownDate() const;
+    void showDate(CalDate date);
 
     void tomorrow();
     void nextWeek();

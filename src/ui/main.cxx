@@ -1,6 +1,8 @@
-// Program entry: the globals are built and the data files loaded before main runs; main builds
-// the main window and runs the event loop until the last window closes.
+// Program entry: the globals are built and the data files loaded before main runs; main mends
+// the toolkit's large pastes, builds the main window and runs the event loop until the last
+// window closes.
 #include "globals.h"
+#include "incremental_paste.h"
 #include "todo_window.h"
 
 #include <FL/Fl.H>
@@ -9,6 +11,7 @@
 [[gnu::used]] static const char kVersionTag[] = "$VER:pindle_todo 1.5b 23-May-2005";
 
 int main() {
+    IncrementalPaste::install();
     TodoWindow todoWindow;
     return Fl::run();
 }
