@@ -302,8 +302,8 @@ TEST_F(MalformedFiles, HarmfulFormatCodesInTextAreShownNotObeyed) {
     start(&todos, &cats);
     drawNow(*win);
     EXPECT_EQ(lines(win->categoryBrowser),
-              (Lines{"Unassigned", "@.@S99999x", "@.@F99999x", "a\t@.@S99999x", "@b@S200@F15@C4Big",
-                     "@.@b@S0tiny"}));
+              (Lines{"Unassigned", "@.@S99999x", "@.@F99999x", "a\t@S99999x", "@b@S200@F15@C4Big",
+                     "@b@S0tiny"}));
     switchTab();
     drawNow(*win);
     EXPECT_EQ(todoLines(), (Lines{"@C1@.1\t@C1@.6/15/2004\t@C1@.Unassigned\t@C1@.a\t@.@F99999x",
