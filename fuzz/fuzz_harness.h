@@ -1,35 +1,59 @@
-// What the file-loader fuzz targets share: a private working directory for the data files, file
-// helpers, and the file's view of a text field as the bytes that matter in it.
+// What the file-loader fuzz targets share: a private working directory for the data files (the
+// stores use the current one), whole-file helpers, and a check that aborts, so that libFuzzer
+// keeps the input as a finding.
 #ifndef PINDLE_FUZZ_HARNESS_H
 #define PINDLE_FUZZ_HARNESS_H
 
-#include <cstddef>
-#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
+#include <unistd.h>
 
 namespace FuzzHarness {
 
-// Makes a fresh directory under $TMPDIR (or /tmp) and moves into it, since the stores use the
-// current directory; it is removed when the process exits normally. As libFuzzer reads and writes
-// its files after this, the folders and inputs on the command line must be absolute paths (checked
-// here), and so must -artifact_prefix, or crash files land in the private directory.
-void enterPrivateDir(int argc, char** argv);
+inline void require(bool ok, const char* what) {
+    if (ok)
+        return;
+    std::fprintf(stderr, "fuzz check failed: %s\n", what);
+    std::abort();
+}
 
-void writeFile(const char* name, const std::uint8_t* data, std::size_t size);
-std::string readFile(const char* name);
+inline std::string& privateDir() {
+    static std::string dir;
+    return dir;
+}
 
-// Reports `what` on stderr and aborts, so that libFuzzer records the input as a finding.
-void require(bool ok, const char* what);
+// libFuzzer reads and writes its folders and inputs after this, so scripts/fuzz.sh gives them,
+// and -artifact_prefix, as absolute paths.
+inline void enterPrivateDir() {
+    std::string pattern = std::filesystem::temp_directory_path() / "pindle_fuzz_XXXXXX";
+    require(mkdtemp(pattern.data()) != nullptr, "cannot create a private directory");
+    privateDir() = pattern;
+    require(chdir(pattern.c_str()) == 0, "cannot enter the private directory");
+    std::atexit([] {
+        std::error_code ignored;
+        std::filesystem::remove_all(privateDir(), ignored);
+    });
+}
 
-std::int32_t readBigEndian(const unsigned char* bytes);
+inline void writeFile(const char* name, const std::uint8_t* data, std::size_t size) {
+    std::ofstream(name, std::ios::binary)
+        .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+}
 
-// A text field's significant bytes: up to and including its first NUL, or all of it when it
-// has none. What follows a terminator is not part of the field.
-std::string significant(const char* field, std::size_t size);
+inline std::string readFile(const char* name) {
+    std::ifstream in(name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
 
-// The significant bytes a loader must keep from a field of the file. With `mustEnd`, a field
-// the file left unterminated keeps all but its last byte, and the terminator takes that place.
-std::string loadedField(const unsigned char* bytes, std::size_t size, bool mustEnd);
+// A text field as a loader keeps it: up to its first zero, and at most `most` bytes.
+inline std::string text(const std::uint8_t* field, std::size_t most) {
+    const char* start = reinterpret_cast<const char*>(field);
+    return {start, strnlen(start, most)};
+}
 
 } // namespace FuzzHarness
 

@@ -11,7 +11,7 @@ if [ "${1:-}" = "--tests" ]; then
   shift
   packages+=(libgtest-dev libgmock-dev xvfb xauth xdotool x11-apps x11-utils imagemagick
              desktop-file-utils appstream man-db groff-base librsvg2-bin
-             python3 python3-icalendar)
+             python3 xclip)
 fi
 packages+=("$@")
 

@@ -30,8 +30,8 @@ int ByteLimitInput::handle(int event) {
 }
 
 int ByteLimitInput::room() const {
-    int selected = std::abs(position() - mark());
-    return size() < maxBytes_ ? selected + maxBytes_ - size() : selected;
+    int kept = size() - std::abs(position() - mark());
+    return kept < maxBytes_ ? maxBytes_ - kept : 0;
 }
 
 // The pasted bytes come with their length and need not end in a zero.

@@ -14,7 +14,7 @@ public:
 
 private:
     int paste();
-    // Bytes that may replace the selection without growing the text past the limit.
+    // Bytes that may replace the selection within the limit.
     int room() const;
 
     int maxBytes_;

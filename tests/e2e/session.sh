@@ -1,0 +1,245 @@
+#!/usr/bin/env bash
+# A user's sessions with the built program, for what only a real process shows: the messages
+# of a first start, every change surviving a kill right after it, the keyboard letters of the
+# three windows, the dialogs holding the main window still, a large paste, the exit statuses,
+# and a failed save ending the program with its reason.
+APP=$(realpath "$1")
+source "$(dirname "$0")/lib.sh"
+TODAY=$(day_from_today 0)
+
+# The change just made leaves exactly these files, and a kill now loses nothing of them.
+survives_kill() {
+  expect_files "$1" "$2"
+  kill -KILL "$APP_PID"
+  wait "$APP_PID" 2>/dev/null || true
+  [ "$(files)" = "$(printf '%s\n%s' "$1" "$2")" ] || fail "after the kill: $(files)"
+  ! grep -q "Sanitizer\|runtime error" "$WORK/stderr.txt" || fail "$(cat "$WORK/stderr.txt")"
+  launch_app
+}
+dialog_name() { type_at "$(wait_window "Category Edit")" "$NAME" "$1"; }
+
+echo "== a first start, and a kill after every change"
+start_app
+[ "$(cat "$WORK/stderr.txt")" = "could not open file pindle_todo.db
+skipping over reading record
+could not open file cat.db
+skipping over reading record" ] || fail "a first start said: $(cat "$WORK/stderr.txt")"
+click "$MAIN" "$NEW_CATEGORY"
+dialog_name Work
+click "$(window_id "Category Edit")" "$NAME_SAVE"
+survives_kill - $'Unassigned\nWork'
+click "$MAIN" "$TODO_TAB"
+survives_kill "" $'Unassigned\nWork'
+click "$MAIN" "$TODO_TAB"
+click "$MAIN" "$NEW_TODO"
+ENTRY=$(wait_window "To Do Entry")
+click "$ENTRY" "$CATEGORY_CHOICE"
+keys "$(wait_window "")" "5 5" Down Return
+type_at "$ENTRY" "$DESCRIPTION" "Buy milk"
+click "$ENTRY" "$ENTRY_SAVE"
+survives_kill "$TODAY 0 0 Work|Buy milk|" $'Unassigned\nWork'
+click "$MAIN" "$TODO_TAB"
+click "$MAIN" "$NEW_TODO"
+ENTRY=$(wait_window "To Do Entry")
+type_at "$ENTRY" "$DESCRIPTION" "Call Bob"
+type_at "$ENTRY" "$NOTES" "ring twice"
+click "$ENTRY" "$ENTRY_SAVE"
+BOTH="$TODAY 0 0 Work|Buy milk|
+$TODAY 0 0 Unassigned|Call Bob|ring twice"
+survives_kill "$BOTH" $'Unassigned\nWork'
+# Same date and priority: the later to-do is listed first.
+click "$MAIN" "$TODO_TAB"
+click "$MAIN" "${TODO_LINES[2]}"
+click "$MAIN" "$EDIT_TODO"
+ENTRY=$(wait_window "To Do Entry")
+type_at "$ENTRY" "$DESCRIPTION" " now"
+click "$ENTRY" "$COMPLETE"
+click "$ENTRY" "$ENTRY_SAVE"
+survives_kill "$TODAY 0 1 Work|Buy milk now|
+$TODAY 0 0 Unassigned|Call Bob|ring twice" $'Unassigned\nWork'
+click "$MAIN" "$TODO_TAB"
+click "$MAIN" "${TODO_LINES[1]}" # the completed one is hidden
+click "$MAIN" "$DELETE_TODO"
+answer Return
+survives_kill "$TODAY 0 1 Work|Buy milk now|" $'Unassigned\nWork'
+click "$MAIN" "${CATEGORY_LINES[2]}"
+click "$MAIN" "$EDIT_CATEGORY"
+dialog_name " Office"
+click "$(window_id "Category Edit")" "$NAME_SAVE"
+survives_kill "$TODAY 0 1 Work|Buy milk now|" $'Unassigned\nWork Office'
+click "$MAIN" "$TODO_TAB"
+survives_kill "$TODAY 0 1 Unassigned|Buy milk now|" $'Unassigned\nWork Office'
+click "$MAIN" "$PURGE"
+answer Return
+survives_kill "" $'Unassigned\nWork Office'
+click "$MAIN" "${CATEGORY_LINES[2]}"
+click "$MAIN" "$DELETE_CATEGORY"
+answer Return
+survives_kill "" Unassigned
+kill "$APP_PID"
+
+echo "== the main window's letters, with the focus in a list and on a button"
+start_app "write_files(FOLDER, [Todo(3, 1, 2030, 0, 0, 'Work', 'alpha', ''),
+  Todo(3, 2, 2030, 0, 1, 'Home', 'beta', ''), Todo(3, 3, 2030, 0, 0, 'Home', 'gamma', ''),
+  Todo(3, 4, 2030, 0, 0, 'Work', 'delta', '')], ['Unassigned', 'Work', 'Home', 'Spare'])"
+SMALL=$(files)
+# A click below the lines first, since a click on the line already selected opens the editor;
+# Tab from the list goes to the first button.
+focus() { # list|button LINES line
+  local lines="$2[0]" line="$2[$3]"
+  click "$MAIN" "${!lines}"
+  click "$MAIN" "${!line}"
+  [ "$1" = list ] || keys "$MAIN" "${!line}" Tab
+}
+# Each letter opens its window (a question box or menu for ""), which Escape closes unused.
+opens() { # LINES letter title...
+  local lines=$1 letter title
+  shift
+  for where in list button; do
+    for pair in "$@"; do
+      letter=${pair%%=*} title=${pair#*=}
+      focus $where "$lines" 1
+      keys "$MAIN" "$ANYWHERE" "$letter"
+      keys "$(wait_window "$title")" "5 5" Escape
+      wait_gone "$title"
+      unchanged "$SMALL"
+    done
+  done
+}
+opens CATEGORY_LINES "a=About Pindle ToDo" "n=Category Edit" "e=Category Edit" d= p=
+click "$MAIN" "$TODO_TAB"
+opens TODO_LINES "a=About Pindle ToDo" "n=To Do Entry" "e=To Do Entry" d= p= t=
+# S shows the completed beta, P purges it, D deletes the selected line; T and the arrows
+# choose the filter (All, Unassigned, Work, Home).
+focus button TODO_LINES 1
+keys "$MAIN" "$ANYWHERE" s
+focus list TODO_LINES 2
+keys "$MAIN" "$ANYWHERE" p
+answer Return
+focus button TODO_LINES 1
+keys "$MAIN" "$ANYWHERE" t
+keys "$(wait_window "")" "5 5" Down Down Down Return
+focus list TODO_LINES 1
+keys "$MAIN" "$ANYWHERE" d
+answer Return
+expect_files $'3/1/2030 0 0 Work|alpha|\n3/4/2030 0 0 Work|delta|' \
+  $'Unassigned\nWork\nHome\nSpare'
+
+echo "== the dialogs' letters, from a button and from their text fields, and their modality"
+kill "$APP_PID"
+wait "$APP_PID" 2>/dev/null || true
+launch_app
+click "$MAIN" "$TODO_TAB" # alpha and delta
+TODOS=$'3/1/2030 0 0 Work|alpha|\n3/4/2030 0 0 Work|delta|' CATS=$'Unassigned\nWork\nHome\nSpare'
+# Runs the steps in the window just opened, which they close; what it saved is appended to the
+# expected files ("=": they are set already; "-": nothing may change).
+in_dialog() { # title saved|- steps...
+  local title=$1 saved=$2 before
+  shift 2
+  before=$(files)
+  DIALOG=$(wait_window "$title")
+  for step in "$@"; do eval "$step" || fail "$title: $step"; done
+  wait_gone "$title"
+  if [ "$saved" = - ]; then
+    unchanged "$before"
+    return
+  elif [ "$saved" = "=" ]; then
+    :
+  elif [ "$title" = "To Do Entry" ]; then
+    TODOS+=$'\n'"$saved"
+  else
+    CATS+=$'\n'"$saved"
+  fi
+  expect_files "$TODOS" "$CATS"
+}
+new_todo() { keys "$MAIN" "$ANYWHERE" n; in_dialog "To Do Entry" "$@"; }
+new_category() { keys "$MAIN" "$ANYWHERE" n; in_dialog "Category Edit" "$@"; }
+at() { keys "$DIALOG" "$@"; }
+choose() { # key entries-down
+  at "5 5" "$1"
+  keys "$(wait_window "")" "5 5" $(for _ in $(seq "$2"); do echo Down; done) Return
+  wait_gone ""
+}
+# A double-click on a line opens its to-do; "!" goes at the end of its description.
+point "$MAIN" ${TODO_LINES[1]}
+xdotool click --repeat 2 --delay 80 1
+TODOS=${TODOS/alpha/alpha!}
+in_dialog "To Do Entry" = 'type_at "$DIALOG" "$DESCRIPTION" "!"' 'at "$DESCRIPTION" alt+s'
+# Focus on Tomorrow: Next Week, two days on and one back; priority 3, completed, Work.
+new_todo "$(day_from_today 8) 2 1 Work||" 'click "$DIALOG" "$TOMORROW"' \
+  'at "$TOMORROW" n plus plus minus' 'choose p 2' 'at "$TOMORROW" e' 'choose a 1' 'at "$TOMORROW" s'
+new_todo - 'click "$DIALOG" "$TOMORROW"' 'at "$TOMORROW" c'
+# Focus in the description: plain letters are text, Alt+letter the buttons.
+new_todo "$(day_from_today 8) 1 1 Home|cats|" 'type_at "$DIALOG" "$DESCRIPTION" cats' \
+  'at "$DESCRIPTION" alt+n alt+plus alt+plus alt+minus' 'choose alt+p 1' \
+  'at "$DESCRIPTION" alt+e' 'choose alt+a 2' 'at "$DESCRIPTION" alt+s'
+new_todo - 'type_at "$DIALOG" "$DESCRIPTION" gone' 'at "$DESCRIPTION" alt+c'
+# Focus in the notes, likewise; Today undoes the Year + clicked first.
+new_todo "$(day_from_today 1) 3 1 Spare||pets" 'click "$DIALOG" "$YEAR_PLUS"' \
+  'type_at "$DIALOG" "$NOTES" pets' 'at "$NOTES" alt+t alt+plus alt+plus alt+minus' \
+  'choose alt+p 3' 'at "$NOTES" alt+e' 'choose alt+a 3' 'at "$NOTES" alt+s'
+new_todo - 'type_at "$DIALOG" "$NOTES" x' 'at "$NOTES" Escape'
+# While a dialog is open, the main window's buttons, tabs, list and letters do nothing: the
+# letters go into the dialog's text field.
+modal() { # dialog title, then the points of the main window to click
+  xdotool windowmove --sync "$DIALOG" 540 0
+  for p in "${@:2}"; do click "$MAIN" "$p"; done
+  keys "$MAIN" "$ANYWHERE" n d e p a s t
+  [ "$(app_windows | cut -d' ' -f2- | sort)" = "$(printf '%s\n' "$1" "To Do List" | sort)" ] ||
+    fail "windows shown: $(app_windows)"
+}
+new_todo "$TODAY 0 0 Unassigned|ndepast|" 'click "$DIALOG" "$DESCRIPTION"' \
+  'modal "To Do Entry" "$NEW_TODO" "$EDIT_TODO" "$PURGE" "595 17" "292 17" "100 37" "${TODO_LINES[1]}"' \
+  'at "$DESCRIPTION" alt+s'
+# The category dialog: S and C with Alt from the name, plainly after Tab; Escape; E renames.
+click "$MAIN" "100 37"
+new_category Cars 'dialog_name Cars' 'at "$NAME" alt+s'
+new_category - 'dialog_name Boats' 'at "$NAME" alt+c'
+new_category Sea 'dialog_name Sea' 'at "$NAME" Tab s'
+new_category - 'dialog_name Sky' 'at "$NAME" Tab c'
+new_category - 'dialog_name Fog' 'at "$NAME" Escape'
+new_category ndepast 'click "$DIALOG" "$NAME"' \
+  'modal "Category Edit" "595 17" "$NEW_CATEGORY" "${CATEGORY_LINES[1]}"' 'at "$NAME" alt+s'
+click "$MAIN" "${CATEGORY_LINES[4]}"
+keys "$MAIN" "$ANYWHERE" e
+CATS=${CATS/Spare/Spare2}
+in_dialog "Category Edit" = 'dialog_name 2' 'at "$NAME" alt+s'
+
+echo "== a paste of 16 MB into the notes, then Escape ends the program quietly"
+head -c 16000000 /dev/zero | tr '\0' 'n' >"$WORK/clipboard"
+xclip -quiet -selection clipboard -i "$WORK/clipboard" >/dev/null 2>&1 &
+OWNER=$!
+# Nothing else tells when a paste has arrived: the notes stop being blank.
+notes_shown() {
+  [ "$(xwd -silent -id "$DIALOG" | convert xwd:- -crop 440x180+20+200 -format '%[fx:mean<0.99]' info:)" = 1 ]
+}
+click "$MAIN" "$TODO_TAB" # Spare is no more: its to-do becomes Unassigned
+TODOS=${TODOS/Spare||pets/Unassigned||pets}
+new_todo "$TODAY 0 0 Unassigned||$(head -c 31999 "$WORK/clipboard")" \
+  'click "$DIALOG" "$NOTES"' 'at "$NOTES" ctrl+v' 'poll notes_shown' 'at "$NOTES" alt+s'
+kill "$OWNER"
+keys "$MAIN" "$ANYWHERE" Escape
+wait_exit
+[ "$RC" = 0 ] && [ ! -s "$WORK/stderr.txt" ] || fail "exit status $RC, said: $(cat "$WORK/stderr.txt")"
+
+echo "== a save that fails ends the program with status 200 and says why"
+for broken in "pindle_todo.db folder" "pindle_todo.db full" "cat.db folder" "cat.db full"; do
+  set -- $broken
+  rm -rf "$WORK"
+  start_app "write_files(FOLDER, [Todo(1, 1, 2030, 0, 0, 'Unassigned', 'keep', '')], ['Unassigned'])"
+  rm "$WORK/$1"
+  if [ "$2" = folder ]; then mkdir "$WORK/$1"; else ln -s /dev/full "$WORK/$1"; fi
+  if [ "$1" = cat.db ]; then
+    click "$MAIN" "$NEW_CATEGORY"
+    click "$(wait_window "Category Edit")" "$NAME_SAVE"
+    expected="could not open file cat.db"
+  else
+    click "$MAIN" "$TODO_TAB"
+    expected="could not open file pindle_todo.db"
+  fi
+  [ "$2" = folder ] || expected="could not write records!"
+  wait_exit
+  [ "$RC" = 200 ] && [ "$(tail -n 1 "$WORK/stderr.txt")" = "$expected" ] ||
+    fail "$1 as $2: status $RC, said: $(cat "$WORK/stderr.txt")"
+done
+echo "e2e: all sessions behaved"
