@@ -35,6 +35,9 @@ public:
     int editing() const { return editing_; }
 
     void loadCategories();
+    // The date fields, read with truncation toward zero; written as whole numbers.
+    CalDate shownDate() const;
+    void showDate(CalDate date);
     void updateWeekday();
     void setToday();
     void addDays(int n);
@@ -69,9 +72,6 @@ public:
     Fl_Text_Buffer notesBuffer;
 
 private:
-    CalDate shownDate() const;
-    void showDate(CalDate date);
-
     void tomorrow();
     void nextWeek();
     void dayPlus();

@@ -19,7 +19,6 @@
 #include <FL/Fl_Output.H>
 #include <FL/Fl_Tabs.H>
 #include <FL/Fl_Text_Buffer.H>
-#include <FL/Fl_Value_Input.H>
 #include <FL/fl_ask.H>
 
 #include <cstdio>
@@ -228,9 +227,7 @@ void TodoWindow::editTodo() {
     TodoRecord* r = selectedRecord<TodoRecord>(todoBrowser);
     if (r == nullptr)
         return;
-    entryDialog.monthInput->value(r->month);
-    entryDialog.dayInput->value(r->day);
-    entryDialog.yearInput->value(r->year);
+    entryDialog.showDate({r->month, r->day, r->year});
     entryDialog.priorityChoice->value(r->priority);
     entryDialog.descriptionInput->value(r->description);
     entryDialog.completeButton->value(r->completed);
@@ -245,9 +242,10 @@ void TodoWindow::editTodo() {
 }
 
 void TodoWindow::fillRecord(TodoRecord* record) {
-    record->month = static_cast<int>(entryDialog.monthInput->value());
-    record->day = static_cast<int>(entryDialog.dayInput->value());
-    record->year = static_cast<int>(entryDialog.yearInput->value());
+    CalDate due = entryDialog.shownDate();
+    record->month = due.month;
+    record->day = due.day;
+    record->year = due.year;
     record->priority = entryDialog.priorityChoice->value();
     record->completed = entryDialog.completeButton->value() != 0 ? 1 : 0;
     // In this order: each copy may end on the first byte of the next field.

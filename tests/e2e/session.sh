@@ -24,57 +24,36 @@ start_app
 skipping over reading record
 could not open file cat.db
 skipping over reading record" ] || fail "a first start said: $(cat "$WORK/stderr.txt")"
-click "$MAIN" "$NEW_CATEGORY"
-dialog_name Work
-click "$(window_id "Category Edit")" "$NAME_SAVE"
+# After a start the category tab shows: going to the to-do tab saves the to-dos unchanged.
+todo_tab_then() { click "$MAIN" "$TODO_TAB" && click "$MAIN" "$1" && ENTRY=$(wait_window "To Do Entry"); }
+category_then() { click "$MAIN" "$1" && dialog_name "$2" && click "$(window_id "Category Edit")" "$NAME_SAVE"; }
+category_then "$NEW_CATEGORY" Work
 survives_kill - $'Unassigned\nWork'
 click "$MAIN" "$TODO_TAB"
 survives_kill "" $'Unassigned\nWork'
-click "$MAIN" "$TODO_TAB"
-click "$MAIN" "$NEW_TODO"
-ENTRY=$(wait_window "To Do Entry")
-click "$ENTRY" "$CATEGORY_CHOICE"
-keys "$(wait_window "")" "5 5" Down Return
-type_at "$ENTRY" "$DESCRIPTION" "Buy milk"
-click "$ENTRY" "$ENTRY_SAVE"
+todo_tab_then "$NEW_TODO"
+click "$ENTRY" "$CATEGORY_CHOICE" && keys "$(wait_window "")" "5 5" Down Return
+type_at "$ENTRY" "$DESCRIPTION" "Buy milk" && click "$ENTRY" "$ENTRY_SAVE"
 survives_kill "$TODAY 0 0 Work|Buy milk|" $'Unassigned\nWork'
-click "$MAIN" "$TODO_TAB"
-click "$MAIN" "$NEW_TODO"
-ENTRY=$(wait_window "To Do Entry")
-type_at "$ENTRY" "$DESCRIPTION" "Call Bob"
-type_at "$ENTRY" "$NOTES" "ring twice"
+todo_tab_then "$NEW_TODO"
+type_at "$ENTRY" "$DESCRIPTION" "Call Bob" && type_at "$ENTRY" "$NOTES" "ring twice"
 click "$ENTRY" "$ENTRY_SAVE"
-BOTH="$TODAY 0 0 Work|Buy milk|
-$TODAY 0 0 Unassigned|Call Bob|ring twice"
-survives_kill "$BOTH" $'Unassigned\nWork'
-# Same date and priority: the later to-do is listed first.
-click "$MAIN" "$TODO_TAB"
-click "$MAIN" "${TODO_LINES[2]}"
-click "$MAIN" "$EDIT_TODO"
-ENTRY=$(wait_window "To Do Entry")
-type_at "$ENTRY" "$DESCRIPTION" " now"
-click "$ENTRY" "$COMPLETE"
-click "$ENTRY" "$ENTRY_SAVE"
-survives_kill "$TODAY 0 1 Work|Buy milk now|
-$TODAY 0 0 Unassigned|Call Bob|ring twice" $'Unassigned\nWork'
-click "$MAIN" "$TODO_TAB"
-click "$MAIN" "${TODO_LINES[1]}" # the completed one is hidden
-click "$MAIN" "$DELETE_TODO"
-answer Return
+CALL="$TODAY 0 0 Unassigned|Call Bob|ring twice"
+survives_kill "$TODAY 0 0 Work|Buy milk|"$'\n'"$CALL" $'Unassigned\nWork'
+click "$MAIN" "$TODO_TAB" && click "$MAIN" "${TODO_LINES[2]}" # the later of a tie comes first
+click "$MAIN" "$EDIT_TODO" && ENTRY=$(wait_window "To Do Entry")
+type_at "$ENTRY" "$DESCRIPTION" " now" && click "$ENTRY" "$COMPLETE" && click "$ENTRY" "$ENTRY_SAVE"
+survives_kill "$TODAY 0 1 Work|Buy milk now|"$'\n'"$CALL" $'Unassigned\nWork'
+click "$MAIN" "$TODO_TAB" && click "$MAIN" "${TODO_LINES[1]}" # the completed one is hidden
+click "$MAIN" "$DELETE_TODO" && answer Return
 survives_kill "$TODAY 0 1 Work|Buy milk now|" $'Unassigned\nWork'
-click "$MAIN" "${CATEGORY_LINES[2]}"
-click "$MAIN" "$EDIT_CATEGORY"
-dialog_name " Office"
-click "$(window_id "Category Edit")" "$NAME_SAVE"
+click "$MAIN" "${CATEGORY_LINES[2]}" && category_then "$EDIT_CATEGORY" " Office"
 survives_kill "$TODAY 0 1 Work|Buy milk now|" $'Unassigned\nWork Office'
 click "$MAIN" "$TODO_TAB"
 survives_kill "$TODAY 0 1 Unassigned|Buy milk now|" $'Unassigned\nWork Office'
-click "$MAIN" "$PURGE"
-answer Return
+click "$MAIN" "$PURGE" && answer Return
 survives_kill "" $'Unassigned\nWork Office'
-click "$MAIN" "${CATEGORY_LINES[2]}"
-click "$MAIN" "$DELETE_CATEGORY"
-answer Return
+click "$MAIN" "${CATEGORY_LINES[2]}" && click "$MAIN" "$DELETE_CATEGORY" && answer Return
 survives_kill "" Unassigned
 kill "$APP_PID"
 
@@ -109,25 +88,15 @@ opens() { # LINES letter title...
 opens CATEGORY_LINES "a=About Pindle ToDo" "n=Category Edit" "e=Category Edit" d= p=
 click "$MAIN" "$TODO_TAB"
 opens TODO_LINES "a=About Pindle ToDo" "n=To Do Entry" "e=To Do Entry" d= p= t=
-# S shows the completed beta, P purges it, D deletes the selected line; T and the arrows
-# choose the filter (All, Unassigned, Work, Home).
-focus button TODO_LINES 1
-keys "$MAIN" "$ANYWHERE" s
-focus list TODO_LINES 2
-keys "$MAIN" "$ANYWHERE" p
-answer Return
-focus button TODO_LINES 1
-keys "$MAIN" "$ANYWHERE" t
-keys "$(wait_window "")" "5 5" Down Down Down Return
-focus list TODO_LINES 1
-keys "$MAIN" "$ANYWHERE" d
-answer Return
+# S shows the completed beta, P purges it, D deletes the selected line.
+focus button TODO_LINES 1 && keys "$MAIN" "$ANYWHERE" s
+focus list TODO_LINES 2 && keys "$MAIN" "$ANYWHERE" p && answer Return
+focus button TODO_LINES 2 && keys "$MAIN" "$ANYWHERE" d && answer Return
 expect_files $'3/1/2030 0 0 Work|alpha|\n3/4/2030 0 0 Work|delta|' \
   $'Unassigned\nWork\nHome\nSpare'
 
 echo "== the dialogs' letters, from a button and from their text fields, and their modality"
-kill "$APP_PID"
-wait "$APP_PID" 2>/dev/null || true
+kill "$APP_PID" && { wait "$APP_PID" 2>/dev/null || true; }
 launch_app
 click "$MAIN" "$TODO_TAB" # alpha and delta
 TODOS=$'3/1/2030 0 0 Work|alpha|\n3/4/2030 0 0 Work|delta|' CATS=$'Unassigned\nWork\nHome\nSpare'
@@ -140,16 +109,9 @@ in_dialog() { # title saved|- steps...
   DIALOG=$(wait_window "$title")
   for step in "$@"; do eval "$step" || fail "$title: $step"; done
   wait_gone "$title"
-  if [ "$saved" = - ]; then
-    unchanged "$before"
-    return
-  elif [ "$saved" = "=" ]; then
-    :
-  elif [ "$title" = "To Do Entry" ]; then
-    TODOS+=$'\n'"$saved"
-  else
-    CATS+=$'\n'"$saved"
-  fi
+  [ "$saved" != - ] || { unchanged "$before" && return; }
+  [ "$saved" = "=" ] || [ "$title" != "To Do Entry" ] || TODOS+=$'\n'"$saved"
+  [ "$saved" = "=" ] || [ "$title" != "Category Edit" ] || CATS+=$'\n'"$saved"
   expect_files "$TODOS" "$CATS"
 }
 new_todo() { keys "$MAIN" "$ANYWHERE" n; in_dialog "To Do Entry" "$@"; }
@@ -196,7 +158,6 @@ click "$MAIN" "100 37"
 new_category Cars 'dialog_name Cars' 'at "$NAME" alt+s'
 new_category - 'dialog_name Boats' 'at "$NAME" alt+c'
 new_category Sea 'dialog_name Sea' 'at "$NAME" Tab s'
-new_category - 'dialog_name Sky' 'at "$NAME" Tab c'
 new_category - 'dialog_name Fog' 'at "$NAME" Escape'
 new_category ndepast 'click "$DIALOG" "$NAME"' \
   'modal "Category Edit" "595 17" "$NEW_CATEGORY" "${CATEGORY_LINES[1]}"' 'at "$NAME" alt+s'
@@ -205,18 +166,29 @@ keys "$MAIN" "$ANYWHERE" e
 CATS=${CATS/Spare/Spare2}
 in_dialog "Category Edit" = 'dialog_name 2' 'at "$NAME" alt+s'
 
-echo "== a paste of 16 MB into the notes, then Escape ends the program quietly"
-head -c 16000000 /dev/zero | tr '\0' 'n' >"$WORK/clipboard"
-xclip -quiet -selection clipboard -i "$WORK/clipboard" >/dev/null 2>&1 &
-OWNER=$!
-# Nothing else tells when a paste has arrived: the notes stop being blank.
-notes_shown() {
-  [ "$(xwd -silent -id "$DIALOG" | convert xwd:- -crop 440x180+20+200 -format '%[fx:mean<0.99]' info:)" = 1 ]
-}
+echo "== pastes of 1 KB, 1 MB and 16 MB from another program, then Escape ends the program"
 click "$MAIN" "$TODO_TAB" # Spare is no more: its to-do becomes Unassigned
 TODOS=${TODOS/Spare||pets/Unassigned||pets}
-new_todo "$TODAY 0 0 Unassigned||$(head -c 31999 "$WORK/clipboard")" \
-  'click "$DIALOG" "$NOTES"' 'at "$NOTES" ctrl+v' 'poll notes_shown' 'at "$NOTES" alt+s'
+# 51-byte lines after a 4-byte start put a euro sign across byte 31,999 of the notes.
+records "open('$WORK/text', 'wb').write(('Hi! ' + 'Caf\u00e9 au lait, 2 \u20ac, then the next line \
+of notes.\n' * 320000).encode())"
+# Nothing else tells when a paste has arrived: the field given as "WxH+X+Y" stops being blank.
+shows_text() {
+  [ "$(xwd -silent -id "$DIALOG" | convert xwd:- -crop "$1" -format '%[fx:mean<0.99]' info:)" = 1 ]
+}
+paste_into() { click "$DIALOG" "$1" && xdotool key ctrl+v && poll shows_text "$2"; }
+for size in 1000 1000000 16000000; do
+  [ -z "${OWNER:-}" ] || kill "$OWNER"
+  head -c "$size" "$WORK/text" >"$WORK/clipboard"
+  xclip -quiet -selection clipboard -i "$WORK/clipboard" >/dev/null 2>&1 &
+  OWNER=$!
+  notes=$(head -c $((size < 31999 ? size : 31998)) "$WORK/text")
+  new_todo "$TODAY 0 0 Unassigned|$(head -c 50 "$WORK/text")|$notes" \
+    'paste_into "$NOTES" 440x180+20+200' 'paste_into "$DESCRIPTION" 370x15+95+150' \
+    'at "$NOTES" alt+s'
+done
+click "$MAIN" "100 37"
+new_category "$(head -c 50 "$WORK/text")" 'paste_into "$NAME" 330x15+75+10' 'at "$NAME" alt+s'
 kill "$OWNER"
 keys "$MAIN" "$ANYWHERE" Escape
 wait_exit
@@ -229,14 +201,9 @@ for broken in "pindle_todo.db folder" "pindle_todo.db full" "cat.db folder" "cat
   start_app "write_files(FOLDER, [Todo(1, 1, 2030, 0, 0, 'Unassigned', 'keep', '')], ['Unassigned'])"
   rm "$WORK/$1"
   if [ "$2" = folder ]; then mkdir "$WORK/$1"; else ln -s /dev/full "$WORK/$1"; fi
-  if [ "$1" = cat.db ]; then
-    click "$MAIN" "$NEW_CATEGORY"
-    click "$(wait_window "Category Edit")" "$NAME_SAVE"
-    expected="could not open file cat.db"
-  else
-    click "$MAIN" "$TODO_TAB"
-    expected="could not open file pindle_todo.db"
-  fi
+  # Going to the to-do tab saves the to-dos; a new category saves the categories.
+  [ "$1" = cat.db ] && category_then "$NEW_CATEGORY" "" || click "$MAIN" "$TODO_TAB"
+  expected="could not open file $1"
   [ "$2" = folder ] || expected="could not write records!"
   wait_exit
   [ "$RC" = 200 ] && [ "$(tail -n 1 "$WORK/stderr.txt")" = "$expected" ] ||

@@ -1,38 +1,21 @@
-// The UI test fixture: global store reloading, window lifetime, boxes, keys and the clipboard.
+// The UI test fixture: global store reloading, window lifetime, boxes and keys.
 #include "support/ui_fixture.h"
 
 #include "cal_date.h"
-#include "incremental_paste.h"
 
 #include <FL/Fl_Choice.H>
 #include <FL/Fl_Double_Window.H>
 #include <FL/Fl_Output.H>
 #include <FL/Fl_Tabs.H>
-#include <FL/Fl_Value_Input.H>
-#include <FL/x.H>
 
-#include <chrono>
-#include <csignal>
-#include <fcntl.h>
 #include <new>
-#include <spawn.h>
-#include <sys/wait.h>
 
-namespace {
 // Runs the store's real constructor again in the current directory.
-template <class Store> void reload(Store& store) {
+template <class Store> static void reload(Store& store) {
     store.clear();
     store.~Store();
     new (&store) Store();
 }
-
-bool pump(const std::function<bool()>& done, double seconds) {
-    auto until = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
-    while (!done() && std::chrono::steady_clock::now() < until)
-        Fl::wait(0.01);
-    return done();
-}
-} // namespace
 
 std::string UiTest::start(std::optional<std::string> todoFile,
                           std::optional<std::string> categoryFile) {
@@ -44,10 +27,10 @@ std::string UiTest::start(std::optional<std::string> todoFile,
     reload(todoStore);
     reload(categoryStore);
     std::string messages = testing::internal::GetCapturedStderr();
-    IncrementalPaste::install();
     if (win)
         delete win->window;
     win = std::make_unique<TodoWindow>();
+    win->window->wait_for_expose(); // so that Fl::flush() draws it
     return messages;
 }
 
@@ -68,30 +51,29 @@ void UiTest::answer(std::vector<std::string> buttons) {
     Fl::add_timeout(0.01, answerPending, this);
 }
 
-// Polls from inside the box's own event loop until a window shows the wanted button.
+// Polls from inside the box's own event loop until a window shows the wanted button; the
+// box's longest label is its message.
 void UiTest::answerPending(void* self) {
     auto* test = static_cast<UiTest*>(self);
-    for (Fl_Window* w = Fl::first_window(); w != nullptr && !test->answers_.empty();
-         w = Fl::next_window(w)) {
+    Fl::repeat_timeout(0.01, answerPending, self);
+    for (Fl_Window* w = Fl::first_window(); w != nullptr; w = Fl::next_window(w)) {
         Fl_Widget* button = nullptr;
         std::string message;
         for (int i = 0; i < w->children(); i++) {
-            Fl_Widget* child = w->child(i);
-            std::string label = child->label() ? child->label() : "";
-            if (child->visible() && label == test->answers_.front())
-                button = child;
-            else if (label.size() > message.size())
-                message = label;
+            std::string label = w->child(i)->label() ? w->child(i)->label() : "";
+            if (w->child(i)->visible() && label == test->answers_.front())
+                button = w->child(i);
+            message = label.size() > message.size() ? label : message;
         }
-        if (button != nullptr) {
-            test->boxes.push_back(message);
-            test->answers_.erase(test->answers_.begin());
-            button->do_callback();
-            break;
-        }
+        if (button == nullptr)
+            continue;
+        test->boxes.push_back(message);
+        test->answers_.erase(test->answers_.begin());
+        if (test->answers_.empty())
+            Fl::remove_timeout(answerPending, self);
+        button->do_callback();
+        return;
     }
-    if (!test->answers_.empty())
-        Fl::repeat_timeout(0.01, answerPending, self);
 }
 
 void UiTest::press(Fl_Window* window, int key, std::string text, int state) {
@@ -101,28 +83,6 @@ void UiTest::press(Fl_Window* window, int key, std::string text, int state) {
     Fl::e_text = keyText_.data();
     Fl::e_length = static_cast<int>(keyText_.size());
     Fl::handle(FL_KEYBOARD, window);
-}
-
-// xclip in the foreground (-quiet) owns the clipboard until it is stopped.
-void UiTest::pasteFromClipboard(Fl_Widget* widget, const std::string& bytes,
-                                const std::function<bool()>& arrived) {
-    writeFile("clipboard", bytes);
-    const char* argv[] = {"xclip", "-quiet", "-selection", "clipboard", "-i", "clipboard", nullptr};
-    posix_spawn_file_actions_t quiet;
-    posix_spawn_file_actions_init(&quiet);
-    posix_spawn_file_actions_addopen(&quiet, 1, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&quiet, 2, "/dev/null", O_WRONLY, 0);
-    pid_t owner = 0;
-    ASSERT_EQ(posix_spawnp(&owner, "xclip", &quiet, nullptr, const_cast<char**>(argv), environ), 0);
-    posix_spawn_file_actions_destroy(&quiet);
-    Atom clipboard = XInternAtom(fl_display, "CLIPBOARD", False);
-    EXPECT_TRUE(
-        pump([clipboard] { return XGetSelectionOwner(fl_display, clipboard) != None; }, 10));
-    Fl::focus(widget);
-    press(widget->window(), 'v', "\x16", FL_CTRL);
-    EXPECT_TRUE(pump(arrived, 10)) << bytes.size() << " bytes never arrived";
-    kill(owner, SIGTERM);
-    waitpid(owner, nullptr, 0);
 }
 
 void UiTest::switchTab() {
@@ -148,9 +108,8 @@ void UiTest::filterBy(const char* text) {
 }
 
 std::string UiTest::shownEntryDate() {
+    CalDate d = entryDialog.shownDate();
     char buf[256];
-    CalDate::format(static_cast<int>(entryDialog.monthInput->value()),
-                    static_cast<int>(entryDialog.dayInput->value()),
-                    static_cast<int>(entryDialog.yearInput->value()), buf);
+    CalDate::format(d.month, d.day, d.year, buf);
     return std::string(buf) + " " + entryDialog.weekdayOutput->value();
 }

@@ -1,6 +1,6 @@
 // In-process UI test fixture: reloads the real global stores from files written into a fresh
 // directory, builds the real main window, answers the real fl_ask/fl_alert boxes, and sends
-// keys and clipboard pastes through the toolkit as the X server would.
+// keys through the toolkit as the X server would.
 #ifndef PINDLE_TEST_UI_FIXTURE_H
 #define PINDLE_TEST_UI_FIXTURE_H
 
@@ -11,7 +11,6 @@
 #include <FL/Fl.H>
 #include <FL/Fl_Browser.H>
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -33,10 +32,6 @@ protected:
 
     // A key press delivered to the widget with the keyboard focus in `window`.
     void press(Fl_Window* window, int key, std::string text = "", int state = 0);
-    // Another program owns the clipboard with `bytes`; Ctrl+V in `widget` asks for them, and
-    // the test waits until `arrived` (10 s at most).
-    void pasteFromClipboard(Fl_Widget* widget, const std::string& bytes,
-                            const std::function<bool()>& arrived);
 
     void switchTab();
     static std::vector<std::string> lines(const Fl_Browser* browser);

@@ -35,10 +35,6 @@ TEST_F(CategoryTab, NewAppendsAnyNameAndEditRenamesInPlace) {
     EXPECT_EQ(win->categoryBrowser->value(), 0);
     EXPECT_EQ(lines(win->categoryBrowser), (Lines{"Inbox", "Work", "", "Work"}));
     EXPECT_TRUE(readFile("cat.db") == categoryFile({"Inbox", "Work", "", "Work"}));
-    win->newCategoryButton->do_callback();
-    categoryDialog.nameInput->value("dropped");
-    categoryDialog.cancelButton->do_callback();
-    EXPECT_EQ(categoryStore.count(), 4);
 }
 
 // The question comes first, then the refusal of "Unassigned"; a duplicate goes by its line.
@@ -74,10 +70,9 @@ TEST_F(CategoryTab, ADeletedCategoryReachesTheToDosOnlyAtTheNextTabSwitch) {
     EXPECT_TRUE(readFile("pindle_todo.db") == todoFile({task}));
 }
 
-TEST_F(CategoryTab, AboutShowsTheVersionAndCloses) {
+TEST_F(CategoryTab, AboutShowsTheVersionAndOkCloses) {
     start();
     win->aboutButton->do_callback();
-    EXPECT_TRUE(aboutDialog.window->shown());
     EXPECT_EQ(std::string(aboutDialog.aboutText->value()).rfind("Pindle ToDo Version 1.5\n", 0),
               0u);
     aboutDialog.okButton->do_callback();

@@ -11,6 +11,8 @@
 #include <FL/Fl_Output.H>
 #include <FL/Fl_Tabs.H>
 
+#include <climits>
+
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -46,26 +48,30 @@ TEST_F(TodoList, StartsOnTheCategoryTabWithEverythingFilledAndNothingWritten) {
 }
 
 // Lines by day number, then priority, exact ties the reverse of the store; overdue lines red,
-// completed ones struck through and listed only with "Show Completed". A plain line lets the
-// browser read codes at the start of a column, the others show them literally.
+// completed ones (any non-zero flag) struck through and listed only with "Show Completed". A
+// plain line lets the browser read codes at the start of a column, the others show them
+// literally. Priorities a damaged file holds are shown plus one without overflowing.
 TEST_F(TodoList, LinesTheirFormsAndTheirOrder) {
     CalDate today = fromToday(0), late = fromToday(-1);
     std::string t = dateText(today), y = dateText(late);
     start(todoFile({todo(today, 0, "@bbold"), todo(late, 998, "@late"),
-                    todo(late, 2, "done", "Home", 1), todo({3, 1, 2004}, 0, "mar 1"),
+                    todo(late, 2, "done", "Home", 7), todo({3, 1, 2004}, 0, "mar 1"),
                     todo({2, 29, 2004}, 1, "tie first"), todo({2, 29, 2004}, 1, "tie second"),
-                    todo({2, 29, 2004}, 0, "leap day")}),
+                    todo({2, 29, 2004}, 0, "leap day"), todo({1, 1, 2999}, INT_MAX, "high"),
+                    todo({1, 1, 2999}, INT_MIN, "low")}),
           kCategories);
     Lines open = {"@C1@.1\t@C1@.2/29/2004\t@C1@.Work\t@C1@.leap day",
                   "@C1@.2\t@C1@.2/29/2004\t@C1@.Work\t@C1@.tie second",
                   "@C1@.2\t@C1@.2/29/2004\t@C1@.Work\t@C1@.tie first",
                   "@C1@.1\t@C1@.3/1/2004\t@C1@.Work\t@C1@.mar 1",
                   "@C1@.999\t@C1@." + y + "\t@C1@.Work\t@C1@.@late",
-                  "1\t" + t + "\tWork\t@bbold"};
+                  "1\t" + t + "\tWork\t@bbold",
+                  "-2147483647\t1/1/2999\tWork\tlow",
+                  "2147483648\t1/1/2999\tWork\thigh"};
     EXPECT_EQ(todoLines(), open);
     win->showCompletedButton->value(1);
     win->showCompletedButton->do_callback();
-    open.insert(open.end() - 2, "@-@.3\t@-@." + y + "\t@-@.Home\t@-@.done");
+    open.insert(open.end() - 4, "@-@.3\t@-@." + y + "\t@-@.Home\t@-@.done");
     EXPECT_EQ(todoLines(), open);
 }
 
@@ -100,33 +106,30 @@ TEST_F(TodoList, ATabSwitchReassignsSavesAndKeepsTheOldFilterForOneRebuild) {
     EXPECT_EQ(todoLines().size(), 3u);
 }
 
-TEST_F(TodoList, DeleteAsksOnlyWithASelectionAndRemovesThatLine) {
+// Delete asks only with a line selected and removes that line's to-do; Purge always asks, and
+// removes completed to-dos the list does not show as well. "No" changes nothing.
+TEST_F(TodoList, DeleteAndPurgeAskFirst) {
     CalDate d = fromToday(1);
-    start(todoFile({todo(d, 0, "keep"), todo(d, 5, "drop")}), kCategories);
-    win->deleteTodoButton->do_callback();
-    win->todoBrowser->value(2);
-    answer({"No", "Yes"});
-    win->deleteTodoButton->do_callback();
-    EXPECT_EQ(todoLines().size(), 2u);
-    win->todoBrowser->value(2);
-    win->deleteTodoButton->do_callback();
-    EXPECT_EQ(boxes, Lines(2, "Do you really want to delete the To-Do Item?"));
-    EXPECT_EQ(win->todoBrowser->value(), 0);
-    EXPECT_TRUE(readFile("pindle_todo.db") == todoFile({todo(d, 0, "keep")}));
-}
-
-// Purge always asks, and removes completed to-dos the list does not show as well.
-TEST_F(TodoList, PurgeAsksAndRemovesEveryCompletedToDo) {
-    CalDate d = fromToday(1);
-    std::string file = todoFile({todo(d, 0, "open"), todo(d, 0, "done", "Home", 1)});
+    std::string file =
+        todoFile({todo(d, 0, "keep"), todo(d, 5, "drop"), todo(d, 0, "done", "Home", 1)});
     start(file, kCategories);
     filterBy("Work");
-    answer({"No", "Yes"});
+    win->deleteTodoButton->do_callback();
+    answer({"No", "Yes", "No", "Yes"});
+    for (int round = 0; round < 2; round++) {
+        win->todoBrowser->value(2);
+        win->deleteTodoButton->do_callback();
+    }
+    EXPECT_EQ(win->todoBrowser->value(), 0);
     win->purgeButton->do_callback();
-    EXPECT_TRUE(readFile("pindle_todo.db") == file);
+    EXPECT_TRUE(readFile("pindle_todo.db") ==
+                todoFile({todo(d, 0, "keep"), todo(d, 0, "done", "Home", 1)}));
     win->purgeButton->do_callback();
-    EXPECT_EQ(boxes, Lines(2, "Do you really want to purge all completed to-do records?"));
-    EXPECT_TRUE(readFile("pindle_todo.db") == todoFile({todo(d, 0, "open")}));
+    EXPECT_EQ(boxes, (Lines{"Do you really want to delete the To-Do Item?",
+                            "Do you really want to delete the To-Do Item?",
+                            "Do you really want to purge all completed to-do records?",
+                            "Do you really want to purge all completed to-do records?"}));
+    EXPECT_TRUE(readFile("pindle_todo.db") == todoFile({todo(d, 0, "keep")}));
 }
 
 } // namespace
