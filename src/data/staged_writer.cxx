@@ -24,7 +24,9 @@ unsigned char* StagedWriter::next(std::size_t size) {
     return room;
 }
 
-bool StagedWriter::finish() { return !failed_ && flush(); }
+bool StagedWriter::finish() {
+    return !failed_ && flush();
+}
 
 // Loops over short writes, as fwrite does; any error fails the save.
 bool StagedWriter::flush() {
