@@ -22,9 +22,10 @@ std::string plainBytes(const TodoStore& store) {
     return bytes;
 }
 
-// Notes of several lengths, with leftovers behind the terminators in memory.
+// Notes of many lengths, with leftovers behind the terminators in memory: eleven records,
+// more than the stage holds.
 void fill(TodoStore& store) {
-    for (std::size_t notes : {5000u, 0u, 300u}) {
+    for (std::size_t notes = 0; notes < 32000; notes += 3001) {
         auto* r = new TodoRecord;
         std::memset(r->notes, 'x', sizeof r->notes);
         r->setNotes(std::string(notes, 'n').c_str());
@@ -34,13 +35,14 @@ void fill(TodoStore& store) {
 
 using StagedSaveDeath = StagedSave;
 
-// Limits in text, in zeros, on a record's edge and on the very last byte. None is below 100
-// bytes: the limit also applies to the file where the test catches the message.
+// Limits in text, in zeros, on a record's edge, in the second stage and on the very last
+// byte. None is below 100 bytes: the limit also applies to the file where the test catches the
+// message.
 TEST_F(StagedSaveDeath, AFailedSaveStopsWhereAPlainWriteWould) {
     ScopedStore<TodoStore> store;
     fill(store);
     const std::string plain = plainBytes(store);
-    for (rlim_t limit : {100, 4096, 32124, 64249, 96371}) {
+    for (rlim_t limit : {100, 4096, 32124, 300000, 353363}) {
         std::filesystem::remove("pindle_todo.db");
         auto limitedSave = [&store, limit] {
             std::signal(SIGXFSZ, SIG_IGN);

@@ -73,6 +73,7 @@ TEST_F(CategoryTab, ADeletedCategoryReachesTheToDosOnlyAtTheNextTabSwitch) {
 TEST_F(CategoryTab, AboutShowsTheVersionAndOkCloses) {
     start();
     win->aboutButton->do_callback();
+    EXPECT_TRUE(aboutDialog.window->shown());
     EXPECT_EQ(std::string(aboutDialog.aboutText->value()).rfind("Pindle ToDo Version 1.5\n", 0),
               0u);
     aboutDialog.okButton->do_callback();

@@ -10,6 +10,7 @@
 #include <FL/Fl_Double_Window.H>
 #include <FL/Fl_Input.H>
 #include <FL/Fl_Output.H>
+#include <FL/Fl_Text_Editor.H>
 #include <FL/Fl_Value_Input.H>
 
 namespace {
@@ -32,7 +33,8 @@ std::string notes() {
 // New starts from today with priority "1", not completed, empty texts and the first category,
 // whatever an earlier Edit left; Save appends the to-do as the dialog shows it.
 TEST_F(EntryDialogTest, NewStartsAfreshAndSaveAppendsWhatItShows) {
-    TodoFields old{2, 29, 2004, 4, 1, "Work", "old", "old notes"};
+    CalDate tomorrow = CalDate::addDays(today(), 1); // a weekday other than today's
+    TodoFields old{tomorrow.month, tomorrow.day, tomorrow.year, 4, 1, "Work", "old", "old notes"};
     start(todoFile({old}), categoryFile({"Home", "Work"}));
     win->showCompletedButton->value(1);
     win->fillTodoBrowser();
@@ -82,6 +84,7 @@ TEST_F(EntryDialogTest, EditLoadsTheSelectedToDoAndSaveWritesItInPlace) {
     win->todoBrowser->value(1);
     win->editTodoButton->do_callback();
     EXPECT_STREQ(entryDialog.categoryChoice->text(), "Unassigned");
+    EXPECT_EQ(shownEntryDate(), "1/1/2003 Wednesday");
     entryDialog.saveButton->do_callback();
     b.category = "Unassigned";
     EXPECT_TRUE(readFile("pindle_todo.db") == todoFile({a, b}));
@@ -188,6 +191,23 @@ TEST_F(EntryDialogTest, LimitedFieldsRefuseOnlyGrowthPastFiftyBytes) {
             window->hide();
         }
     }
+}
+
+// The notes take keys as the toolkit's editor does, and pastes by the length they come with
+// (nothing after it is read): at most 31,999 bytes of each, and none into 200,000 bytes.
+TEST_F(EntryDialogTest, NotesTakeKeysAndKeepWhatAPasteCanSave) {
+    start();
+    win->newTodoButton->do_callback();
+    Fl::focus(entryDialog.notesEditor);
+    press(entryDialog.window, 'a', "a");
+    std::vector<char> pasted(40000, 'p'); // no terminator
+    Fl::e_text = pasted.data();
+    Fl::e_length = static_cast<int>(pasted.size());
+    entryDialog.notesEditor->handle(FL_PASTE);
+    EXPECT_EQ(notes(), "a" + std::string(31999, 'p'));
+    entryDialog.notesBuffer.text(std::string(200000, 'n').c_str());
+    entryDialog.notesEditor->handle(FL_PASTE);
+    EXPECT_EQ(entryDialog.notesBuffer.length(), 200000);
 }
 
 // Pastes keep what fits, never half a character, and never grow a text already too long.
