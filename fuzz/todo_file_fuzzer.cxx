@@ -1,37 +1,63 @@
-// Fuzz target for the to-do file: whatever "pindle_todo.db" holds loads as its whole records and
-// saves as the records the layout describes (numbers as read, each text up to its end, the notes
-// cut to end inside the record, zeros after them); saving what was loaded again changes nothing.
-#include "fuzz_harness.h"
+// Fuzz target for the to-do file, the larger and richer of the two loaders on the shared record
+// store: whatever "pindle_todo.db" holds loads as its whole records and saves as the records the
+// layout describes (numbers as read, each text up to its end, the notes cut to end inside the
+// record, zeros after them); loading and saving that again changes nothing.
 #include "support/store_helpers.h"
 #include "todo_store.h"
 
-using namespace FuzzHarness;
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <unistd.h>
 
 namespace {
 
-std::int32_t number(const std::uint8_t* bytes) {
-    return static_cast<std::int32_t>(std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16 |
-                                     std::uint32_t{bytes[2]} << 8 | bytes[3]);
+void require(bool ok, const char* what) {
+    if (ok)
+        return;
+    std::fprintf(stderr, "fuzz check failed: %s\n", what);
+    std::abort(); // libFuzzer keeps the input as a finding
 }
 
-// A full category or description runs on, but its own field then holds its 50 bytes.
-TodoFields fieldsOf(const std::uint8_t* r) {
-    return {number(r), number(r + 4),    number(r + 8),    number(r + 12),
-            r[16],     text(r + 17, 50), text(r + 67, 50), text(r + 117, 31999)};
+std::string readFile(const char* name) {
+    std::ifstream in(name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+std::int32_t number(const std::uint8_t* b) {
+    return static_cast<std::int32_t>(std::uint32_t{b[0]} << 24 | std::uint32_t{b[1]} << 16 |
+                                     std::uint32_t{b[2]} << 8 | b[3]);
+}
+
+// A text as a loader keeps it: up to its first zero, and at most `most` bytes. A full category
+// or description runs on, but its own field holds its 50 bytes.
+std::string text(const std::uint8_t* field, std::size_t most) {
+    const char* start = reinterpret_cast<const char*>(field);
+    return {start, strnlen(start, most)};
 }
 
 } // namespace
 
+// The stores use the current folder: a private one under TMPDIR, which scripts/fuzz.sh removes;
+// it gives libFuzzer its folders and inputs as absolute paths for that reason.
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    enterPrivateDir();
+    std::string folder = std::filesystem::temp_directory_path() / "pindle_fuzz_XXXXXX";
+    require(mkdtemp(folder.data()) != nullptr && chdir(folder.c_str()) == 0, "no private folder");
     return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    writeFile("pindle_todo.db", data, size);
+    std::ofstream("pindle_todo.db", std::ios::binary)
+        .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
     std::vector<TodoFields> expected;
-    for (std::size_t at = 0; at + TodoRecord::kFileSize <= size; at += TodoRecord::kFileSize)
-        expected.push_back(fieldsOf(data + at));
+    for (std::size_t at = 0; at + TodoRecord::kFileSize <= size; at += TodoRecord::kFileSize) {
+        const std::uint8_t* r = data + at;
+        expected.push_back({number(r), number(r + 4), number(r + 8), number(r + 12), r[16],
+                            text(r + 17, 50), text(r + 67, 50), text(r + 117, 31999)});
+    }
     ScopedStore<TodoStore> loaded;
     require(loaded.count() == static_cast<int>(expected.size()), "not every whole record loaded");
     loaded.save();
