@@ -28,11 +28,7 @@ constexpr double kMega = 1e6;
 
 // Stores never free their records, so the benchmarks do it.
 void discard(TodoStore* store) {
-    for (TodoRecord* r = store->head; r != nullptr;) {
-        TodoRecord* following = r->next;
-        delete r;
-        r = following;
-    }
+    store->clear();
     delete store;
 }
 
@@ -205,8 +201,8 @@ void measureRebuildAccess(benchmark::State& state) {
     int count = static_cast<int>(state.range(0));
     TodoStore* store = generatedStore(count);
     std::vector<TodoRecord*> plain;
-    for (TodoRecord* r = store->head; r != nullptr; r = r->next)
-        plain.push_back(r);
+    for (int i = 0; i < store->count(); i++)
+        plain.push_back(store->at(i));
     int rounds = 10000 / count;
     auto rebuild = [store, rounds] {
         auto start = Clock::now();

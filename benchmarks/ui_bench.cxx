@@ -41,11 +41,7 @@ constexpr const char* kMainTitle = "To Do List";
 constexpr double kMapTimeoutSeconds = 120;
 
 template <class Store> void discard(Store* store) {
-    for (auto* r = store->head; r != nullptr;) {
-        auto* following = r->next;
-        delete r;
-        r = following;
-    }
+    store->clear();
     delete store;
 }
 
@@ -77,8 +73,7 @@ TodoWindow& mainWindow() {
 
 // Replaces whatever the global stores hold with `count` generated to-dos and their categories.
 void fillGlobalStores(int count) {
-    while (todoStore.head != nullptr)
-        todoStore.remove(todoStore.head);
+    todoStore.clear();
     TodoGenerator generator;
     generator.fillTodos(todoStore, count);
     generator.fillCategories(categoryStore);

@@ -1,29 +1,42 @@
 // Fuzz target for saves in place: the input is a run of operations on one store, its first byte
 // choosing the to-do or the category store, then five bytes per operation (which one, and its
 // argument), every save held to the checks of the save sequence.
-#include "fuzz_harness.h"
 #include "support/save_sequence.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <unistd.h>
 
 namespace {
 
 template <class Store>
 void run(const std::uint8_t* data, std::size_t size, int maxCount, const char* file) {
-    FuzzHarness::writeFile(file, data, 0); // an empty file loads without a word
+    std::ofstream(file, std::ios::binary | std::ios::trunc); // an empty file loads without a word
     SaveSequence::Run<Store> sequence(maxCount);
     for (std::size_t i = 0; i + 5 <= size; i += 5) {
-        auto arg = static_cast<std::uint32_t>(FuzzHarness::readBigEndian(data + i + 1));
+        const std::uint8_t* b = data + i + 1;
+        auto arg = std::uint32_t{b[0]} << 24 | std::uint32_t{b[1]} << 16 |
+                   std::uint32_t{b[2]} << 8 | b[3];
         std::string failure = sequence.step(data[i], arg);
-        FuzzHarness::require(failure.empty(), failure.c_str());
+        if (!failure.empty()) {
+            std::fprintf(stderr, "fuzz check failed: %s\n", failure.c_str());
+            std::abort(); // libFuzzer keeps the input as a finding
+        }
     }
 }
 
 } // namespace
 
-extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
-    FuzzHarness::enterPrivateDir(*argc, *argv);
+// The stores use the current folder: a private one under TMPDIR, which scripts/fuzz.sh removes;
+// it gives libFuzzer its folders and inputs as absolute paths for that reason.
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    std::string folder = std::filesystem::temp_directory_path() / "pindle_fuzz_XXXXXX";
+    if (mkdtemp(folder.data()) == nullptr || chdir(folder.c_str()) != 0)
+        std::abort();
     return 0;
 }
 

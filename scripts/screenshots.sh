@@ -13,24 +13,23 @@ trap 'kill $xvfb 2>/dev/null || true; rm -rf "$work"' EXIT
 export DISPLAY=:77
 sleep 1
 
-python3 - "$work" <<'PY'
-import datetime, struct, sys
-def rec(date, prio, done, cat, desc, notes=""):
-    r = struct.pack(">iiiiB", date.month, date.day, date.year, prio, done)
-    r += cat.encode().ljust(50, b"\0") + desc.encode().ljust(50, b"\0")
-    return r + notes.encode().ljust(32000, b"\0") + b"\0" * 7
-today = datetime.date.today()
-day = datetime.timedelta(days=1)
-todos = [rec(today, 0, 0, "Work", "Send the quarterly report"),
-         rec(today + 3 * day, 2, 0, "Home", "Book the plumber"),
-         rec(today + 10 * day, 4, 0, "Errands", "Renew the library card"),
-         rec(today - 2 * day, 1, 0, "Work", "Answer the auditors", "Overdue"),
-         rec(today - 5 * day, 3, 1, "Home", "Water the plants"),
-         rec(today + 1 * day, 0, 1, "Errands", "Pick up the parcel")]
-open(sys.argv[1] + "/pindle_todo.db", "wb").write(b"".join(todos))
-cats = ["Unassigned", "Work", "Home", "Errands"]
-open(sys.argv[1] + "/cat.db", "wb").write(
-    b"".join(c.encode().ljust(52, b"\0") + b"\0\0\0\1" for c in cats))
+python3 - "$work" "$root/tests/support" <<'PY'
+import datetime
+import sys
+sys.path.insert(0, sys.argv[2])
+from records import Todo, write_files
+
+def todo(days, priority, done, category, description, notes=""):
+    d = datetime.date.today() + datetime.timedelta(days=days)
+    return Todo(d.month, d.day, d.year, priority, done, category, description, notes)
+
+write_files(sys.argv[1], [todo(0, 0, 0, "Work", "Send the quarterly report"),
+                          todo(3, 2, 0, "Home", "Book the plumber"),
+                          todo(10, 4, 0, "Errands", "Renew the library card"),
+                          todo(-2, 1, 0, "Work", "Answer the auditors", "Overdue"),
+                          todo(-5, 3, 1, "Home", "Water the plants"),
+                          todo(1, 0, 1, "Errands", "Pick up the parcel")],
+            ["Unassigned", "Work", "Home", "Errands"])
 PY
 
 shot() { xwd -id "$1" -silent | convert xwd:- "$root/docs/$2"; }

@@ -103,8 +103,8 @@ CalDate CalDate::addDays(CalDate date, int n) {
     return result;
 }
 
-// Carries a year for every 12 months past December: the same as subtracting 12 in a loop.
-CalDate CalDate::addMonths(CalDate date, int n) {
+// One carry for every 12 months past December: the same as subtracting 12 in a loop.
+CalDate CalDate::carryMonths(CalDate date, int n) {
     Wide month = Wide{date.month} + n;
     Wide year = date.year;
     if (month > 12) {
@@ -112,11 +112,11 @@ CalDate CalDate::addMonths(CalDate date, int n) {
         month -= 12 * years;
         year += years;
     }
-    return clampDay({narrow(month), date.day, narrow(year)});
+    return {narrow(month), date.day, narrow(year)};
 }
 
 // Whole years only beyond 12 months, then a single borrow: 12 itself is not reduced.
-CalDate CalDate::subtractMonths(CalDate date, int n) {
+CalDate CalDate::borrowMonths(CalDate date, int n) {
     Wide year = date.year;
     if (n > 12) {
         year -= n / 12;
@@ -127,12 +127,24 @@ CalDate CalDate::subtractMonths(CalDate date, int n) {
         year -= 1;
         month += 12;
     }
-    return clampDay({narrow(month), date.day, narrow(year)});
+    return {narrow(month), date.day, narrow(year)};
+}
+
+CalDate CalDate::shiftYears(CalDate date, int n) {
+    date.year = narrow(Wide{date.year} + n);
+    return date;
+}
+
+CalDate CalDate::addMonths(CalDate date, int n) {
+    return clampDay(carryMonths(date, n));
+}
+
+CalDate CalDate::subtractMonths(CalDate date, int n) {
+    return clampDay(borrowMonths(date, n));
 }
 
 CalDate CalDate::addYears(CalDate date, int n) {
-    date.year = narrow(Wide{date.year} + n);
-    return clampDay(date);
+    return clampDay(shiftYears(date, n));
 }
 
 CalDate CalDate::clampDay(CalDate date) {

@@ -27,7 +27,13 @@ struct CalDate {
     static void format(int month, int day, int year, char* buf);
 
     static CalDate addDays(CalDate date, int n);
-    // Carries whole years with a loop; subtractMonths borrows once only. Both clamp the day.
+    // The month moved on with whole years carried, as subtracting 12 in a loop would; back
+    // with whole years taken only beyond 12 months, then one borrow; the year moved. These
+    // three leave the day as it is.
+    static CalDate carryMonths(CalDate date, int n);
+    static CalDate borrowMonths(CalDate date, int n);
+    static CalDate shiftYears(CalDate date, int n);
+    // The same, then clampDay.
     static CalDate addMonths(CalDate date, int n);
     static CalDate subtractMonths(CalDate date, int n);
     static CalDate addYears(CalDate date, int n);

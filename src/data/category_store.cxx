@@ -41,9 +41,9 @@ CategoryStore::CategoryStore() : RecordStore("cat.db") {
 }
 
 CategoryRecord* CategoryStore::find(const char* name) const {
-    for (CategoryRecord* r = head; r != nullptr; r = r->next) {
-        if (std::strcmp(r->name, name) == 0)
-            return r;
+    for (int i = 0; i < count(); i++) {
+        if (std::strcmp(at(i)->name, name) == 0)
+            return at(i);
     }
     return nullptr;
 }

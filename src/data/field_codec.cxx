@@ -37,8 +37,7 @@ std::size_t sequenceLength(unsigned char byte) {
 }
 } // namespace
 
-std::size_t fitLength(const char* text, std::size_t room) {
-    std::size_t length = strnlen(text, room + 1);
+std::size_t fitLength(const char* text, std::size_t length, std::size_t room) {
     if (length <= room || !isContinuation(static_cast<unsigned char>(text[room])))
         return length <= room ? length : room;
     // The first byte left out continues a character: if that character starts before the cut,
@@ -54,7 +53,8 @@ std::size_t fitLength(const char* text, std::size_t room) {
 void copyBounded(char* dest, const char* text, const char* limit) {
     if (dest >= limit)
         return;
-    std::size_t length = fitLength(text, static_cast<std::size_t>(limit - dest) - 1);
+    std::size_t room = static_cast<std::size_t>(limit - dest) - 1;
+    std::size_t length = fitLength(text, strnlen(text, room + 1), room);
     std::memmove(dest, text, length);
     dest[length] = '\0';
 }

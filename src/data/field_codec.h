@@ -10,10 +10,10 @@ namespace FieldCodec {
 void putInt32(unsigned char* out, int value);
 int getInt32(const unsigned char* in);
 
-// How much of `text` fits in `room` bytes: all of it up to its terminator if that fits, or else
+// How many of the `length` bytes of `text` fit in `room` bytes: all of them if they fit, or else
 // the longest start that does not end inside a UTF-8 character. Bytes that do not form UTF-8
 // (Latin-1 from older files) count as characters of their own.
-std::size_t fitLength(const char* text, std::size_t room);
+std::size_t fitLength(const char* text, std::size_t length, std::size_t room);
 
 // Copies text into dest and terminates it, never touching limit or anything past it (limit is
 // one past the last byte the copy may use). Text that does not fit is cut as fitLength says.

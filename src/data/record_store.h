@@ -28,8 +28,9 @@ template <class Record> class RecordStore {
 public:
     char fileName[256];
     std::FILE* file;
-    // The list, for reading: head and each record's next. It changes only through append and
-    // remove, which keep the position index beside it in step.
+    // The list is read by position: count() and at(i), both in constant time. head and each
+    // record's next mirror it for the record layout, the file's link slots and the export
+    // writers, which walk a list from its head; the store keeps them in step.
     Record* head;
 
     // Takes ownership; the caller hands over a record whose next is null.
@@ -68,6 +69,14 @@ public:
         head = kept == 0 ? nullptr : order_.front();
         for (std::size_t i = 0; i < kept; i++)
             order_[i]->next = i + 1 < kept ? order_[i + 1] : nullptr;
+    }
+
+    // Frees every record, in one pass.
+    void clear() {
+        for (Record* r : order_)
+            delete r;
+        order_.clear();
+        head = nullptr;
     }
 
     int count() const { return static_cast<int>(order_.size()); }

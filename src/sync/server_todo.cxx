@@ -120,6 +120,6 @@ std::uint64_t ServerTodo::digest() const {
 
 std::string ServerTodo::fit(const std::string& text, std::size_t bytes) {
     std::string valid = Utf8Text::fromBytes(text.data(), text.size());
-    valid.resize(FieldCodec::fitLength(valid.c_str(), bytes));
+    valid.resize(FieldCodec::fitLength(valid.data(), valid.size(), bytes));
     return valid;
 }

@@ -1,66 +1,100 @@
-// Guarding browser lines against format codes the toolkit cannot draw. The codes are parsed
-// the way Fl_Browser reads them: "@" and a letter, some followed by a number, until "@." or text.
+// The format codes parsed as Fl_Browser::item_draw parses them, for a browser with the default
+// font and size.
 #include "browser_text.h"
 
 #include <FL/Enumerations.H>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
 namespace BrowserText {
 
 namespace {
-// Sizes above this make the font library give up and end the program.
-constexpr long kLargestSize = 200;
 
-bool harmfulNumber(char code, const char* digits, const char** rest) {
+// Numbers are read with strtol and cut to an int, as the toolkit does, so a value too large
+// for an int lands where it lands there.
+int number(const char*& text) {
     char* end = nullptr;
-    long value = std::strtol(digits, &end, 10);
-    *rest = end;
-    if (code == 'F')
-        return value < 0 || value >= FL_FREE_FONT;
-    if (code == 'S')
-        return value < 1 || value > kLargestSize;
-    return false; // colours: any number names one
+    long value = std::strtol(text, &end, 10);
+    text = end;
+    return static_cast<int>(value);
 }
-} // namespace
 
-bool hasHarmfulCodes(const char* column) {
+bool harmful(const char* column) {
+    int font = FL_HELVETICA;
+    int size = FL_NORMAL_SIZE;
     const char* p = column;
-    while (p[0] == '@' && p[1] != '\0' && p[1] != '@') {
+    while (p[0] == '@' && p[1] != '\0' && p[1] != '@' && p[1] != '.') {
         char code = p[1];
         p += 2;
-        if (code == '.')
-            return false;
-        if ((code == 'F' || code == 'S' || code == 'B' || code == 'C') &&
-            harmfulNumber(code, p, &p))
-            return true;
+        switch (code) {
+        case 'F':
+            font = number(p);
+            break;
+        case 'S':
+            size = number(p);
+            break;
+        case 'B':
+        case 'C':
+            number(p); // a colour: any number names one
+            break;
+        case 'b':
+            font |= FL_BOLD;
+            break;
+        case 'i':
+            font |= FL_ITALIC;
+            break;
+        case 'f':
+        case 't':
+            font = FL_COURIER;
+            break;
+        case 'l':
+        case 'L':
+            size = 24;
+            break;
+        case 'm':
+        case 'M':
+            size = 18;
+            break;
+        case 's':
+            size = 11;
+            break;
+        default:
+            break;
+        }
     }
-    return false;
+    return font < 0 || font >= FL_FREE_FONT || size > kLargestSize;
 }
 
-void append(char* line, std::size_t size, const char* text, bool columnStart) {
-    char* out = line + std::strlen(line);
-    const char* end = line + size - 1;
-    // Text that fits without an "@" holds no codes to guard: one copy, as list rebuilds need.
-    std::size_t room = static_cast<std::size_t>(end - out);
-    std::size_t length = strnlen(text, room);
-    if (std::memchr(text, '@', length) == nullptr) {
-        std::memcpy(out, text, length);
-        out[length] = '\0';
+// Moves the rest of the line on to make room for "@." at `at`; `last` is where the terminator
+// must stay.
+void insertStop(char* at, char* last) {
+    auto room = static_cast<std::size_t>(last - at);
+    if (room < 2) {
+        *at = '\0';
         return;
     }
-    for (; *text != '\0' && out < end; text++) {
-        if (columnStart && *text == '@' && hasHarmfulCodes(text)) {
-            if (end - out < 3)
-                break;
-            *out++ = '@';
-            *out++ = '.';
-        }
-        columnStart = *text == '\t';
-        *out++ = *text;
+    std::size_t kept = std::min(std::strlen(at), room - 2);
+    std::memmove(at + 2, at, kept);
+    at[0] = '@';
+    at[1] = '.';
+    at[kept + 2] = '\0';
+}
+
+} // namespace
+
+void guard(char* line, std::size_t size, int splitTabs) {
+    char* column = line;
+    for (int tabs = 0; column != nullptr; tabs++) {
+        if (*column == '@' && harmful(column))
+            insertStop(column, line + size - 1);
+        if (tabs == splitTabs)
+            break;
+        column = std::strchr(column, '\t');
+        if (column != nullptr)
+            column++;
     }
-    *out = '\0';
 }
 
 } // namespace BrowserText

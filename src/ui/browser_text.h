@@ -1,5 +1,10 @@
-// User text placed into a browser line, where a column that starts with "@" is read as format
-// codes. The codes are honoured, except those the toolkit cannot survive.
+// Browser lines and their format codes. Fl_Browser reads "@" codes at the start of each column
+// ("@" and a letter, some with a number, until "@." or plain text) and obeys them, which a
+// line keeps, except for codes the toolkit cannot survive. Found on FLTK 1.3.8 with Xft by
+// drawing each value: a font from FL_FREE_FONT on (16 and up) reads past the toolkit's font
+// table and crashes, as do fonts below zero; a size above 2000 stalls every redraw for seconds
+// (glyphs are drawn size by size), from about 8000 the X server rejects the glyphs, from about
+// 15000 the program freezes, and from 65536 the toolkit finds no font and ends the program.
 #ifndef PINDLE_BROWSER_TEXT_H
 #define PINDLE_BROWSER_TEXT_H
 
@@ -7,14 +12,15 @@
 
 namespace BrowserText {
 
-// True when the format codes at the start of `column` ask for a font that does not exist or a
-// size that cannot be opened: drawing such a line crashes the toolkit or ends the program.
-bool hasHarmfulCodes(const char* column);
+// The largest size a line may ask for; 0 and below draw at a size the toolkit picks.
+constexpr int kLargestSize = 2000;
 
-// Appends `text` to the line of `size` characters, cutting what does not fit. Where a column
-// starts (at the beginning when `columnStart`, and after every tab) with harmful codes, "@."
-// goes first, so that column is shown as it was typed. Other codes keep their effect.
-void append(char* line, std::size_t size, const char* text, bool columnStart);
+// Puts "@." in front of each column of `line` whose codes would break the toolkit, so that
+// column is shown as typed. A column starts the line and follows each of its first
+// `splitTabs` tabs: a browser splits at one tab per non-zero column width, and at none without
+// column widths. The line, of at most `size` characters with its terminator, is cut to keep
+// that size.
+void guard(char* line, std::size_t size, int splitTabs);
 
 } // namespace BrowserText
 

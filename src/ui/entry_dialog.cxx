@@ -3,15 +3,14 @@
 #include "entry_dialog.h"
 
 #include "byte_limit_input.h"
-#include "cal_date.h"
 #include "globals.h"
+#include "notes_editor.h"
 
 #include <FL/Fl_Button.H>
 #include <FL/Fl_Check_Button.H>
 #include <FL/Fl_Choice.H>
 #include <FL/Fl_Double_Window.H>
 #include <FL/Fl_Output.H>
-#include <FL/Fl_Text_Editor.H>
 #include <FL/Fl_Value_Input.H>
 
 #include <algorithm>
@@ -66,7 +65,7 @@ EntryDialog::EntryDialog() {
     categoryChoice = new Fl_Choice(90, 110, 380, 25, "C&ategory:");
     categoryChoice->down_box(FL_BORDER_BOX);
     descriptionInput = new ByteLimitInput(90, 145, 380, 25, "Description:", kDescriptionMax);
-    notesEditor = new Fl_Text_Editor(10, 185, 460, 205, "Notes");
+    notesEditor = new NotesEditor(10, 185, 460, 205, "Notes", TodoRecord::kNotesMax);
     notesEditor->when(FL_WHEN_CHANGED | FL_WHEN_RELEASE);
     saveButton = new Fl_Button(10, 395, 115, 25, "&Save");
     cancelButton = new Fl_Button(140, 395, 115, 25, "&Cancel");
@@ -111,39 +110,37 @@ void EntryDialog::loadCategories() {
     categoryChoice->value(0);
 }
 
-EntryDialog::ShownDate EntryDialog::shownDate() const {
+CalDate EntryDialog::shownDate() const {
     return {static_cast<int>(monthInput->value()), static_cast<int>(dayInput->value()),
             static_cast<int>(yearInput->value())};
 }
 
-void EntryDialog::showDate(int month, int day, int year) {
-    monthInput->value(month);
-    dayInput->value(day);
-    yearInput->value(year);
+void EntryDialog::showDate(CalDate date) {
+    monthInput->value(date.month);
+    dayInput->value(date.day);
+    yearInput->value(date.year);
 }
 
 void EntryDialog::updateWeekday() {
-    ShownDate d = shownDate();
+    CalDate d = shownDate();
     weekdayOutput->value(CalDate::weekdayName(CalDate::weekday(d.month, d.day, d.year)));
 }
 
 void EntryDialog::setToday() {
-    int month = 0, day = 0, year = 0;
-    CalDate::today(month, day, year);
-    showDate(month, day, year);
+    CalDate today{};
+    CalDate::today(today.month, today.day, today.year);
+    showDate(today);
     updateWeekday();
 }
 
 void EntryDialog::addDays(int n) {
-    ShownDate d = shownDate();
-    CalDate moved = CalDate::addDays({d.month, d.day, d.year}, n);
-    showDate(moved.month, moved.day, moved.year);
+    showDate(CalDate::addDays(shownDate(), n));
     updateWeekday();
 }
 
+// The month and year moves leave the day to the dialog's own clamp.
 void EntryDialog::addMonths(int n) {
-    ShownDate d = shownDate();
-    CalDate moved = CalDate::addMonths({d.month, d.day, d.year}, n);
+    CalDate moved = CalDate::carryMonths(shownDate(), n);
     monthInput->value(moved.month);
     yearInput->value(moved.year);
     clampDay();
@@ -151,8 +148,7 @@ void EntryDialog::addMonths(int n) {
 }
 
 void EntryDialog::subtractMonths(int n) {
-    ShownDate d = shownDate();
-    CalDate moved = CalDate::subtractMonths({d.month, d.day, d.year}, n);
+    CalDate moved = CalDate::borrowMonths(shownDate(), n);
     yearInput->value(moved.year);
     monthInput->value(moved.month);
     clampDay();
@@ -160,13 +156,12 @@ void EntryDialog::subtractMonths(int n) {
 }
 
 void EntryDialog::addYears(int n) {
-    ShownDate d = shownDate();
-    yearInput->value(CalDate::addYears({d.month, d.day, d.year}, n).year);
+    yearInput->value(CalDate::shiftYears(shownDate(), n).year);
     clampDay();
 }
 
 void EntryDialog::clampDay() {
-    ShownDate d = shownDate();
+    CalDate d = shownDate();
     int length = CalDate::monthLength(daysBeforeMonth, d.month, d.year);
     dayInput->value(d.day > length ? length : d.day);
 }

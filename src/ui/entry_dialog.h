@@ -3,6 +3,8 @@
 #ifndef PINDLE_ENTRY_DIALOG_H
 #define PINDLE_ENTRY_DIALOG_H
 
+#include "cal_date.h"
+
 #include <FL/Fl_Text_Buffer.H>
 
 class Fl_Button;
@@ -33,6 +35,9 @@ public:
     int editing() const { return editing_; }
 
     void loadCategories();
+    // The date fields, read with truncation toward zero; written as whole numbers.
+    CalDate shownDate() const;
+    void showDate(CalDate date);
     void updateWeekday();
     void setToday();
     void addDays(int n);
@@ -67,12 +72,6 @@ public:
     Fl_Text_Buffer notesBuffer;
 
 private:
-    struct ShownDate {
-        int month, day, year;
-    };
-    ShownDate shownDate() const;
-    void showDate(int month, int day, int year);
-
     void tomorrow();
     void nextWeek();
     void dayPlus();

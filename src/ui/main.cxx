@@ -1,20 +1,27 @@
 // Program entry: the globals are built and the data files loaded before main runs; main takes
-// the folder's lock, has save reports shown in alert boxes, builds the main window and runs the
-// event loop until the last window closes.
+// the folder's lock, has save reports shown in alert boxes, mends the toolkit's large pastes,
+// builds the main window and runs the event loop until the last window closes.
 #include "folder_lock.h"
 #include "globals.h"
+#include "incremental_paste.h"
 #include "save_report.h"
 #include "todo_window.h"
 
 #include <FL/Fl.H>
 #include <FL/fl_ask.H>
 
+#include <string>
+
 // Read by the system's version command; kept in the binary although nothing refers to it.
 [[gnu::used]] static const char kVersionTag[] = "$VER:pindle_todo 1.5b 23-May-2005";
 
-// A user started from the desktop never sees stderr: what a save has to say is shown too.
+// A user started from the desktop never sees stderr: what a save has to say is shown too. The
+// box does not wrap, so each clause of a report gets its own line.
 static void alertUser(const char* message) {
-    fl_alert("%s", message);
+    std::string text = message;
+    for (std::size_t at = text.find("; "); at != std::string::npos; at = text.find("; ", at))
+        text.replace(at, 2, ";\n");
+    fl_alert("%s", text.c_str());
 }
 
 int main() {
@@ -27,6 +34,7 @@ int main() {
         return 1;
     }
     SaveReport::setHandler(alertUser);
+    IncrementalPaste::install();
     TodoWindow todoWindow;
     return Fl::run();
 }

@@ -3,7 +3,6 @@
 
 #include "browser_text.h"
 #include "cal_date.h"
-#include "field_codec.h"
 #include "todo_store.h"
 
 #include <algorithm>
@@ -28,21 +27,24 @@ const char* codesFor(Form form) {
     return "";
 }
 
-// Copies `text` to `out` without its terminator; returns the end of the copy.
-char* put(char* out, const char* text) {
-    std::size_t length = std::strlen(text);
-    std::memcpy(out, text, length);
-    return out + length;
-}
+// Writes a line from its start, never past its last character, which keeps the terminator.
+struct LineWriter {
+    char* at;
+    char* last;
 
-// Writes `number` in decimal, as "%lld" does; 20 characters at most.
-char* putNumber(char* out, long long number) {
-    return std::to_chars(out, out + 20, number).ptr;
-}
-
-void append(char* line, const char* text) {
-    FieldCodec::copyBounded(line + std::strlen(line), text, line + kLineSize);
-}
+    void put(const char* text, std::size_t length) {
+        length = std::min(length, static_cast<std::size_t>(last - at));
+        std::memcpy(at, text, length);
+        at += length;
+    }
+    void put(const char* text) { put(text, strnlen(text, static_cast<std::size_t>(last - at))); }
+    void put(char c) { put(&c, 1); }
+    void putNumber(long long number) {
+        char digits[20];
+        put(digits,
+            static_cast<std::size_t>(std::to_chars(digits, digits + 20, number).ptr - digits));
+    }
+};
 } // namespace
 
 Form formOf(const TodoRecord& record, int dayNumber, int todayNumber) {
@@ -51,28 +53,28 @@ Form formOf(const TodoRecord& record, int dayNumber, int todayNumber) {
     return dayNumber < todayNumber ? Form::Overdue : Form::Plain;
 }
 
-// Built by hand rather than with snprintf, which took half of a list rebuild. The part before
-// the category is at most 69 characters, so it always fits.
+// Built by hand rather than with snprintf, which took half of a list rebuild.
 void format(const TodoRecord& record, Form form, char* line) {
     const char* codes = codesFor(form);
+    LineWriter out{line, line + kLineSize - 1};
+    out.put(codes);
     // A damaged file may hold any priority; widen it so that adding one cannot overflow.
-    long long shownPriority = static_cast<long long>(record.priority) + 1;
-    char* out = put(line, codes);
-    out = putNumber(out, shownPriority);
-    *out++ = '\t';
-    out = put(out, codes);
-    out = putNumber(out, record.month);
-    *out++ = '/';
-    out = putNumber(out, record.day);
-    *out++ = '/';
-    out = putNumber(out, record.year);
-    *out++ = '\t';
-    out = put(out, codes);
-    *out = '\0';
-    BrowserText::append(line, kLineSize, record.category, *codes == '\0');
-    append(line, "\t");
-    append(line, codes);
-    BrowserText::append(line, kLineSize, record.description, *codes == '\0');
+    out.putNumber(static_cast<long long>(record.priority) + 1);
+    out.put('\t');
+    out.put(codes);
+    out.putNumber(record.month);
+    out.put('/');
+    out.putNumber(record.day);
+    out.put('/');
+    out.putNumber(record.year);
+    out.put('\t');
+    out.put(codes);
+    out.put(record.category);
+    out.put('\t');
+    out.put(codes);
+    out.put(record.description);
+    *out.at = '\0';
+    BrowserText::guard(line, kLineSize, kSplitTabs);
 }
 
 int dayNumberOf(const TodoRecord& record) {

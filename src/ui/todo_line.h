@@ -12,13 +12,19 @@ namespace TodoLine {
 
 constexpr std::size_t kLineSize = 256;
 
+// The list's column widths, kept by the browser for the whole run: it splits a line into a
+// column at each of its first four tabs, one per non-zero width.
+inline constexpr int kColumnWidths[] = {20, 100, 100, 100, 0};
+constexpr int kSplitTabs = sizeof kColumnWidths / sizeof kColumnWidths[0] - 1;
+
 enum class Form { Plain, Completed, Overdue };
 
 // Completed is tested first, so a completed to-do is never overdue.
 Form formOf(const TodoRecord& record, int dayNumber, int todayNumber);
 
 // Builds the four tab-separated columns into a buffer of kLineSize characters, cutting what
-// does not fit (a description that runs on into the notes included).
+// does not fit (a description that runs on into the notes included). Format codes in the
+// to-do's own text keep their effect where the browser reads them, unless they would break it.
 void format(const TodoRecord& record, Form form, char* line);
 
 int dayNumberOf(const TodoRecord& record);

@@ -19,17 +19,14 @@
 #include <FL/Fl_Output.H>
 #include <FL/Fl_Tabs.H>
 #include <FL/Fl_Text_Buffer.H>
-#include <FL/Fl_Value_Input.H>
 #include <FL/fl_ask.H>
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
 
 namespace {
-// The browser keeps this pointer, so the widths must live as long as the program.
-const int kTodoColumnWidths[] = {20, 100, 100, 100, 0};
-
 // fl_ask is deprecated for its "Yes"/"No" buttons, which are exactly the buttons wanted here.
 bool confirm(const char* question) {
 #pragma GCC diagnostic push
@@ -94,7 +91,7 @@ TodoWindow::TodoWindow() {
     fillTodoBrowser();
     fillCategoryChoice();
     fillCategoryBrowser();
-    todoBrowser->column_widths(kTodoColumnWidths);
+    todoBrowser->column_widths(TodoLine::kColumnWidths);
     todoBrowser->column_char('\t');
 }
 
@@ -170,7 +167,8 @@ void TodoWindow::fillTodoBrowser() {
     bool showCompleted = showCompletedButton->value() == 1;
     std::vector<TodoLine::Listed> listed;
     listed.reserve(static_cast<std::size_t>(todoStore.count()));
-    for (TodoRecord* r = todoStore.head; r != nullptr; r = r->next) {
+    for (int i = 0; i < todoStore.count(); i++) {
+        TodoRecord* r = todoStore.at(i);
         if (filtered && std::strcmp(filter, r->category) != 0)
             continue;
         int dayNumber = TodoLine::dayNumberOf(*r);
@@ -207,9 +205,10 @@ void TodoWindow::fillCategoryChoice() {
 // Gives to-dos of vanished categories "Unassigned" and always saves. The list is rebuilt with
 // the filter as it was; only then does the choice fall back to "All".
 void TodoWindow::tabChanged() {
-    for (TodoRecord* r = todoStore.head; r != nullptr; r = r->next) {
-        if (categoryStore.find(r->category) == nullptr)
-            r->setCategory("Unassigned");
+    int count = todoStore.count();
+    for (int i = 0; i < count; i++) {
+        if (categoryStore.find(todoStore.at(i)->category) == nullptr)
+            todoStore.at(i)->setCategory("Unassigned");
     }
     todoStore.save();
     fillTodoBrowser();
@@ -228,9 +227,7 @@ void TodoWindow::editTodo() {
     TodoRecord* r = selectedRecord<TodoRecord>(todoBrowser);
     if (r == nullptr)
         return;
-    entryDialog.monthInput->value(r->month);
-    entryDialog.dayInput->value(r->day);
-    entryDialog.yearInput->value(r->year);
+    entryDialog.showDate({r->month, r->day, r->year});
     entryDialog.priorityChoice->value(r->priority);
     entryDialog.descriptionInput->value(r->description);
     entryDialog.completeButton->value(r->completed);
@@ -245,9 +242,10 @@ void TodoWindow::editTodo() {
 }
 
 void TodoWindow::fillRecord(TodoRecord* record) {
-    record->month = static_cast<int>(entryDialog.monthInput->value());
-    record->day = static_cast<int>(entryDialog.dayInput->value());
-    record->year = static_cast<int>(entryDialog.yearInput->value());
+    CalDate due = entryDialog.shownDate();
+    record->month = due.month;
+    record->day = due.day;
+    record->year = due.year;
     record->priority = entryDialog.priorityChoice->value();
     record->completed = entryDialog.completeButton->value() != 0 ? 1 : 0;
     // In this order: each copy may end on the first byte of the next field.
@@ -298,8 +296,10 @@ void TodoWindow::fillCategoryBrowser() {
     categoryBrowser->clear();
     for (int i = 0; i < categoryStore.count(); i++) {
         CategoryRecord* r = categoryStore.at(i);
-        char line[TodoLine::kLineSize] = "";
-        BrowserText::append(line, sizeof line, r->name, true);
+        // The list has no columns: only codes at the start of a name are read.
+        char line[sizeof r->name + 2];
+        std::snprintf(line, sizeof line, "%s", r->name);
+        BrowserText::guard(line, sizeof line, 0);
         categoryBrowser->add(line, r);
     }
 }

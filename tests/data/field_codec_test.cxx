@@ -26,7 +26,7 @@ TEST(FieldCodec, CutsTextsOnlyBetweenCharacters) {
         {"\x80\x80\x80\x80\x80", 2, 2}, // stray continuation bytes count one each
     };
     for (const Case& c : cases)
-        EXPECT_EQ(FieldCodec::fitLength(c.text.c_str(), c.room), c.fit)
+        EXPECT_EQ(FieldCodec::fitLength(c.text.data(), c.text.size(), c.room), c.fit)
             << c.text << " in " << c.room;
 }
 

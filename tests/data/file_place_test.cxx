@@ -59,11 +59,10 @@ TEST_F(FilePlace, PipesSocketsAndLinkLoopsCannotBeOpened) {
     close(reader);
 }
 
-std::string described(const char* description, std::uint32_t link = 0) {
+TodoFields described(const char* description) {
     TodoFields fields;
     fields.description = description;
-    fields.link = link;
-    return todoBytes(fields);
+    return fields;
 }
 
 std::string reported;
@@ -72,9 +71,9 @@ void keepReport(const char* message) {
 }
 
 TEST_F(FilePlace, AFileChangedElsewhereIsKeptBesideItAndReported) {
-    writeFile("pindle_todo.db", described("mine"));
+    writeFile("pindle_todo.db", todoFile({described("mine")}));
     Todos store;
-    const std::string theirs = described("mine", 1) + described("theirs");
+    const std::string theirs = todoFile({described("mine"), described("theirs")});
     writeFile("pindle_todo.db", theirs);
     SaveReport::setHandler(keepReport);
     testing::internal::CaptureStderr();
@@ -82,7 +81,7 @@ TEST_F(FilePlace, AFileChangedElsewhereIsKeptBesideItAndReported) {
     const std::string said = testing::internal::GetCapturedStderr();
     SaveReport::setHandler(nullptr);
 
-    EXPECT_EQ(readFile("pindle_todo.db"), described("mine"));
+    EXPECT_EQ(readFile("pindle_todo.db"), todoFile({described("mine")}));
     std::string kept;
     for (const auto& entry : std::filesystem::directory_iterator("."))
         if (entry.path().filename() != "pindle_todo.db")

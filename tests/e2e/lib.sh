@@ -1,164 +1,94 @@
-# Shared helpers for the end-to-end tests: start the built program in a private directory on
-# the current X display and drive it with xdotool as a user would.
+# The end-to-end suite's helpers: the built program started in a private folder on the current
+# X display, driven with xdotool as a user would, its files read through the record layout.
 set -euo pipefail
+
+SUPPORT="$(cd "$(dirname "${BASH_SOURCE[0]}")/../support" && pwd)"
+
+# Window-relative points: the main window's widgets, its lists' lines (17 pixels apart, index
+# 0 below the last), the entry dialog's and the category dialog's.
+TODO_TAB="40 37" NEW_TODO="475 77" EDIT_TODO="532 77" DELETE_TODO="592 77" PURGE="530 17"
+NEW_CATEGORY="392 432" EDIT_CATEGORY="467 432" DELETE_CATEGORY="542 432" ANYWHERE="300 300"
+CATEGORY_LINES=("200 350" "200 114" "200 131" "200 148" "200 165")
+TODO_LINES=("200 450" "200 120" "200 137" "200 154" "200 171")
+DESCRIPTION="200 157" NOTES="200 300" CATEGORY_CHOICE="200 122" COMPLETE="247 87"
+TOMORROW="340 22" YEAR_PLUS="265 52" ENTRY_SAVE="67 407" NAME="200 17" NAME_SAVE="287 77"
 
 fail() { echo "FAIL: $*" >&2; exit 1; }
 
-RECORDS="$(dirname "${BASH_SOURCE[0]}")/records.py"
+# Runs a command every tenth of a second until it succeeds; false after ten seconds.
+poll() {
+  for _ in $(seq 100); do "$@" && return 0; sleep 0.1; done
+  return 1
+}
 
-# Runs the program in a fresh directory, first filled with the data files records.py makes
-# under the name given, if any; sets WORK, APP_PID, and MAIN (the main window's id).
+# Starts the program in a fresh folder (WORK), after running the Python given with `records`
+# imported and the folder as FOLDER; sets APP_PID and MAIN, the main window.
 start_app() {
   WORK=$(mktemp -d /tmp/pindle_e2e_XXXXXX)
   trap 'kill "$APP_PID" 2>/dev/null || true; rm -rf "$WORK"' EXIT
-  [ $# -eq 0 ] || python3 "$RECORDS" "$1" "$WORK"
+  [ $# -eq 0 ] || records "FOLDER = '$WORK'; $1"
   launch_app
 }
 
-# Runs the program again in WORK, as a user restarting it in the same folder.
+# Starts the program again in WORK, as a user restarting it in the same folder.
 launch_app() {
   (cd "$WORK" && exec "$APP" 2>"$WORK/stderr.txt") &
   APP_PID=$!
-  MAIN=$(wait_window "^To Do List$")
+  MAIN=$(wait_window "To Do List")
   sleep 0.5 # mapped is not yet drawn and listening
 }
 
-# Ends the program as a power cut would: no chance to write anything more.
-kill_app() {
-  kill -KILL "$APP_PID"
-  wait "$APP_PID" 2>/dev/null || true
-  wait_gone "^To Do List$"
-}
+records() { python3 -c "import sys; sys.path.insert(0, '$SUPPORT'); from records import *; $1"; }
 
-# Prints the id of the program's visible window whose title matches this regular expression
-# once it is mapped (10 s at most).
-wait_window() {
-  local id
-  for _ in $(seq 100); do
-    id=$(app_windows | awk -v re="$1" '{ id = $1; sub(/^[0-9]+ /, "") } $0 ~ re { print id; exit }')
-    [ -n "$id" ] && { echo "$id"; return 0; }
-    sleep 0.1
-  done
-  fail "window '$1' never appeared"
-}
-
-wait_gone() {
-  for _ in $(seq 100); do
-    [ -z "$(app_windows | cut -d' ' -f2- | grep -E "$1")" ] && return 0
-    sleep 0.1
-  done
-  fail "window '$1' never closed"
-}
-
-# Moves the pointer to window-relative coordinates; the window under it gets the keyboard.
-# "mousemove --sync" waits for a motion, so it would hang if the pointer were there already.
-point() {
-  local X Y SCREEN WINDOW WIDTH HEIGHT px py
-  eval "$(xdotool getmouselocation --shell)"
-  px=$X py=$Y
-  eval "$(xdotool getwindowgeometry --shell "$1")"
-  [ "$px" = $((X + $2)) ] && [ "$py" = $((Y + $3)) ] && return 0
-  xdotool mousemove --sync --window "$1" "$2" "$3"
-}
-
-# Clicks at window-relative coordinates. The program takes the events in the order they were
-# sent, so what follows needs no pause unless it waits for a new window.
-click() {
-  point "$1" "$2" "$3"
-  xdotool click 1
-}
-
-# Answers the question box with its Return button, which is "Yes" (10 s at most).
-answer_yes() {
-  local box
-  box=$(wait_untitled)
-  point "$box" 10 10
-  xdotool key Return
-  wait_untitled_gone
-}
-
-# Waits for the program to end (10 s at most) and sets RC to its exit status.
-wait_exit() {
-  for _ in $(seq 100); do
-    kill -0 "$APP_PID" 2>/dev/null || break
-    sleep 0.1
-  done
-  RC=0
-  wait "$APP_PID" || RC=$?
-}
-
-# Moves the pointer into a window, so that it gets the keyboard, and presses the keys there.
-key_at() {
-  point "$1" "$2" "$3"
-  xdotool key --delay 40 "${@:4}"
-}
-
-# The program's visible windows, one "id name" per line. Question boxes and menus have no name.
+# The program's visible windows, one "id name" per line; question boxes and menus have no name.
 app_windows() {
   local id
   for id in $(xdotool search --onlyvisible --pid "$APP_PID" 2>/dev/null || true); do
     echo "$id $(xdotool getwindowname "$id" 2>/dev/null || true)"
   done
 }
+window_id() { app_windows | awk -v name="$1" '{ id = $1; sub(/^[0-9]+ ?/, "") } $0 == name { print id; exit }' | grep .; }
+# The id of the window with this title ("" for a question box or a menu) once it is shown.
+wait_window() { poll window_id "$1" >/dev/null || fail "no window '$1'"; window_id "$1"; }
+wait_gone() { poll eval "! window_id '$1' >/dev/null" || fail "window '$1' stayed"; }
 
-# Prints the id of a visible window without a name (a question box or an open menu).
-wait_untitled() {
-  local id
-  for _ in $(seq 100); do
-    id=$(app_windows | awk 'NF == 1 { print $1; exit }')
-    [ -n "$id" ] && { echo "$id"; return 0; }
-    sleep 0.1
-  done
-  fail "no question box or menu appeared"
+# Moves the pointer to a window-relative point, which gives that window the keyboard.
+point() {
+  local X Y SCREEN WINDOW WIDTH HEIGHT px py
+  eval "$(xdotool getmouselocation --shell)"
+  px=$X py=$Y
+  eval "$(xdotool getwindowgeometry --shell "$1")"
+  # "mousemove --sync" waits for a motion, so it would hang on the point it is already at.
+  [ "$px" = $((X + $2)) ] && [ "$py" = $((Y + $3)) ] || xdotool mousemove --sync --window "$1" "$2" "$3"
 }
+click() { point "$1" $2; xdotool click 1; }
+keys() { point "$1" $2; xdotool key --delay 40 "${@:3}"; }
+type_at() { click "$1" "$2"; xdotool key End type --delay 20 "$3"; }
 
-wait_untitled_gone() {
-  for _ in $(seq 100); do
-    app_windows | awk 'NF == 1 { found = 1 } END { exit !found }' || return 0
-    sleep 0.1
-  done
-  fail "a question box or menu stayed open"
+# Answers the question box that appears with a key: Return is "Yes", Escape "No".
+answer() { keys "$(wait_window "")" "5 5" "$1"; wait_gone ""; }
+
+# The files as lines: "M/D/Y priority completed category|description|notes" per to-do, a name
+# per category, "-" for a file that is not there; read strictly, as the program writes them.
+files() {
+  records "
+import os
+t, c = '$WORK/pindle_todo.db', '$WORK/cat.db'
+print('\n'.join(f'{x.month}/{x.day}/{x.year} {x.priority} {x.completed} '
+                + b'|'.join((x.category, x.description, x.notes)).decode()
+                for x in read_todos(t)) if os.path.exists(t) else '-')
+print('\n'.join(n.decode() for n in read_categories(c)) if os.path.exists(c) else '-')"
 }
-
-# Fails unless the program shows exactly the windows named, once it has had time to react.
-only_windows() {
-  settle
-  local shown expected
-  shown=$(app_windows | cut -d' ' -f2- | sort)
-  expected=$(printf '%s\n' "$@" | sort)
-  [ "$shown" = "$expected" ] || fail "windows shown: $(echo "$shown" | tr '\n' ',') expected: $*"
+# Polls until the files hold exactly these to-dos and these categories (newline-separated).
+expect_files() {
+  local want
+  want=$(printf '%s\n%s' "$1" "$2")
+  poll eval '[ "$(files 2>/dev/null)" = "$want" ]' || fail "files are $(files 2>&1), not $want"
 }
+# Nothing tells when the program is done with a key that should change nothing: it gets 0.2 s.
+unchanged() { sleep 0.2; [ "$(files)" = "$1" ] || fail "the files changed: $(files)"; }
 
-# Nothing tells when the program has finished with an event that should do nothing, so checks
-# that nothing happened wait this long; the program answers within a few milliseconds.
-settle() { sleep 0.2; }
+# Waits for the program to end and sets RC to its exit status.
+wait_exit() { RC=0 && wait "$APP_PID" || RC=$?; }
 
-# Checksum of both data files, to tell that an action changed nothing.
-files_sum() { cat "$WORK/pindle_todo.db" "$WORK/cat.db" 2>/dev/null | md5sum; }
-
-unchanged_since() {
-  settle
-  [ "$(files_sum)" = "$1" ] || fail "the data files changed: $(todos)"
-}
-
-todos() { python3 "$RECORDS" todos "$WORK/pindle_todo.db"; }
-categories() { python3 "$RECORDS" categories "$WORK/cat.db"; }
-
-# Polls until the to-do file (or with "categories" first, the category file) lists exactly the
-# lines given, in order; the program writes the file whole after each change.
-expect_todos() { expect_lines todos "$@"; }
-expect_categories() { expect_lines categories "$@"; }
-expect_lines() {
-  local reader="$1" want got
-  shift
-  want=$(printf '%s\n' "$@")
-  for _ in $(seq 50); do
-    got=$("$reader" 2>/dev/null || true)
-    [ "$got" = "$want" ] && return 0
-    sleep 0.1
-  done
-  fail "$reader are"$'\n'"$got"$'\n'"expected"$'\n'"$want"
-}
-
-# A date N days from today as the to-do file lines show it.
 day_from_today() { date -d "$1 days" +%-m/%-d/%Y; }

@@ -1,17 +1,15 @@
-// Test helpers for the stores: a store that frees its records when the test ends (the program's
-// own stores never do), and builders for hand-made file records.
+// The data files' record layout for the C++ tests and fuzzers, built from the documented format
+// rather than the program's code, and a store that frees its records when a test ends.
 #ifndef PINDLE_TEST_STORE_HELPERS_H
 #define PINDLE_TEST_STORE_HELPERS_H
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
-// Constructs (and so loads) a store; empties it on destruction so leak checks stay meaningful.
+// Constructs (and so loads) a store; frees its records on destruction, for the leak checks.
 template <class Store> struct ScopedStore : Store {
-    ~ScopedStore() {
-        while (this->head != nullptr)
-            this->remove(this->head);
-    }
+    ~ScopedStore() { this->clear(); }
 };
 
 inline std::string beInt(std::int32_t v) {
@@ -31,20 +29,33 @@ struct TodoFields {
     std::int32_t month = 1, day = 1, year = 2005, priority = 0;
     unsigned char completed = 0;
     std::string category, description, notes;
-    std::uint32_t link = 0;
 };
 
-// One 32124-byte to-do record as the file holds it, built independently of the program's code.
-inline std::string todoBytes(const TodoFields& f) {
+// One 32124-byte record; its link slot is zero when it is the last, else one.
+inline std::string todoBytes(const TodoFields& f, bool last = true) {
     std::string r = beInt(f.month) + beInt(f.day) + beInt(f.year) + beInt(f.priority);
     r += static_cast<char>(f.completed);
     r += field(f.category, 50) + field(f.description, 50) + field(f.notes, 32000);
-    r += std::string(3, '\0') + beInt(static_cast<std::int32_t>(f.link));
-    return r;
+    return r + std::string(3, '\0') + beInt(last ? 0 : 1);
 }
 
-inline std::string categoryBytes(const std::string& name, std::uint32_t link = 0) {
-    return field(name, 52) + beInt(static_cast<std::int32_t>(link));
+inline std::string categoryBytes(const std::string& name, bool last = true) {
+    return field(name, 52) + beInt(last ? 0 : 1);
+}
+
+// Whole files, as the program writes them.
+inline std::string todoFile(const std::vector<TodoFields>& todos) {
+    std::string bytes;
+    for (std::size_t i = 0; i < todos.size(); i++)
+        bytes += todoBytes(todos[i], i + 1 == todos.size());
+    return bytes;
+}
+
+inline std::string categoryFile(const std::vector<std::string>& names) {
+    std::string bytes;
+    for (std::size_t i = 0; i < names.size(); i++)
+        bytes += categoryBytes(names[i], i + 1 == names.size());
+    return bytes;
 }
 
 #endif

@@ -1,55 +1,48 @@
-// The UI test fixture: global store reloading, window lifetime and dialog answering.
+// The UI test fixture: global store reloading, window lifetime, boxes and keys.
 #include "support/ui_fixture.h"
 
 #include "cal_date.h"
 
-#include <FL/Fl_Button.H>
 #include <FL/Fl_Choice.H>
 #include <FL/Fl_Double_Window.H>
 #include <FL/Fl_Output.H>
 #include <FL/Fl_Tabs.H>
-#include <FL/Fl_Value_Input.H>
 
 #include <new>
 
-namespace {
-// Frees the records, then runs the store's real constructor again in the current directory.
-template <class Store> void reload(Store& store) {
-    while (store.head != nullptr)
-        store.remove(store.head);
+// Runs the store's real constructor again in the current directory.
+template <class Store> static void reload(Store& store) {
+    store.clear();
     store.~Store();
     new (&store) Store();
 }
 
-void hideAll() {
-    while (Fl_Window* w = Fl::first_window())
-        w->hide();
-}
-} // namespace
-
-std::string UiTest::start(const std::string* todoFile, const std::string* categoryFile) {
-    if (todoFile != nullptr)
+std::string UiTest::start(std::optional<std::string> todoFile,
+                          std::optional<std::string> categoryFile) {
+    if (todoFile)
         writeFile("pindle_todo.db", *todoFile);
-    if (categoryFile != nullptr)
+    if (categoryFile)
         writeFile("cat.db", *categoryFile);
     testing::internal::CaptureStderr();
     reload(todoStore);
     reload(categoryStore);
     std::string messages = testing::internal::GetCapturedStderr();
+    if (win)
+        delete win->window;
     win = std::make_unique<TodoWindow>();
+    win->window->wait_for_expose(); // so that Fl::flush() draws it
     return messages;
 }
 
 void UiTest::TearDown() {
     Fl::remove_timeout(answerPending, this);
     EXPECT_TRUE(answers_.empty()) << "a box that was to be answered never came";
-    hideAll();
+    while (Fl_Window* w = Fl::first_window())
+        w->hide();
     if (win)
         delete win->window;
-    while (todoStore.head != nullptr)
-        todoStore.remove(todoStore.head);
-    while (categoryStore.head != nullptr)
-        categoryStore.remove(categoryStore.head);
+    todoStore.clear();
+    categoryStore.clear();
     TempDirTest::TearDown();
 }
 
@@ -58,30 +51,38 @@ void UiTest::answer(std::vector<std::string> buttons) {
     Fl::add_timeout(0.01, answerPending, this);
 }
 
-// Polls from inside the box's own event loop until a window shows the wanted button.
+// Polls from inside the box's own event loop until a window shows the wanted button; the
+// box's longest label is its message.
 void UiTest::answerPending(void* self) {
     auto* test = static_cast<UiTest*>(self);
-    if (test->answers_.empty())
-        return;
+    Fl::repeat_timeout(0.01, answerPending, self);
     for (Fl_Window* w = Fl::first_window(); w != nullptr; w = Fl::next_window(w)) {
         Fl_Widget* button = nullptr;
         std::string message;
         for (int i = 0; i < w->children(); i++) {
-            Fl_Widget* child = w->child(i);
-            const char* label = child->label() ? child->label() : "";
-            if (child->visible() && label == test->answers_.front())
-                button = child;
-            else if (std::string(label).size() > message.size())
-                message = label;
+            std::string label = w->child(i)->label() ? w->child(i)->label() : "";
+            if (w->child(i)->visible() && label == test->answers_.front())
+                button = w->child(i);
+            message = label.size() > message.size() ? label : message;
         }
-        if (button != nullptr) {
-            test->boxes.push_back(message);
-            test->answers_.erase(test->answers_.begin());
-            button->do_callback();
-            break;
-        }
+        if (button == nullptr)
+            continue;
+        test->boxes.push_back(message);
+        test->answers_.erase(test->answers_.begin());
+        if (test->answers_.empty())
+            Fl::remove_timeout(answerPending, self);
+        button->do_callback();
+        return;
     }
-    Fl::repeat_timeout(0.01, answerPending, self);
+}
+
+void UiTest::press(Fl_Window* window, int key, std::string text, int state) {
+    keyText_ = std::move(text);
+    Fl::e_keysym = key;
+    Fl::e_state = state;
+    Fl::e_text = keyText_.data();
+    Fl::e_length = static_cast<int>(keyText_.size());
+    Fl::handle(FL_KEYBOARD, window);
 }
 
 void UiTest::switchTab() {
@@ -92,11 +93,7 @@ void UiTest::switchTab() {
     win->tabs->do_callback();
 }
 
-void UiTest::selectLine(Fl_Browser* browser, int line) {
-    browser->value(line);
-}
-
-std::vector<std::string> UiTest::lines(const Fl_Browser* browser) const {
+std::vector<std::string> UiTest::lines(const Fl_Browser* browser) {
     std::vector<std::string> out;
     for (int i = 1; i <= browser->size(); i++)
         out.emplace_back(browser->text(i));
@@ -110,18 +107,9 @@ void UiTest::filterBy(const char* text) {
     win->categoryFilter->do_callback();
 }
 
-std::string UiTest::todayText() const {
-    int m = 0, d = 0, y = 0;
-    CalDate::today(m, d, y);
-    char buf[256];
-    CalDate::format(m, d, y, buf);
-    return buf;
-}
-
 std::string UiTest::shownEntryDate() {
+    CalDate d = entryDialog.shownDate();
     char buf[256];
-    CalDate::format(static_cast<int>(entryDialog.monthInput->value()),
-                    static_cast<int>(entryDialog.dayInput->value()),
-                    static_cast<int>(entryDialog.yearInput->value()), buf);
+    CalDate::format(d.month, d.day, d.year, buf);
     return std::string(buf) + " " + entryDialog.weekdayOutput->value();
 }

@@ -1,5 +1,6 @@
 // In-process UI test fixture: reloads the real global stores from files written into a fresh
-// directory, builds the real main window, and answers the real fl_ask/fl_alert boxes.
+// directory, builds the real main window, answers the real fl_ask/fl_alert boxes, and sends
+// keys through the toolkit as the X server would.
 #ifndef PINDLE_TEST_UI_FIXTURE_H
 #define PINDLE_TEST_UI_FIXTURE_H
 
@@ -11,6 +12,7 @@
 #include <FL/Fl_Browser.H>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,24 +20,24 @@ class UiTest : public TempDirTest {
 protected:
     void TearDown() override;
 
-    // Writes the files that are given (nullptr: no such file), reloads both global stores
-    // through their real constructors and builds the main window. Returns what the stores
-    // wrote on stderr.
-    std::string start(const std::string* todoFile, const std::string* categoryFile);
-    std::string start() { return start(nullptr, nullptr); }
+    // Writes the files given (none: no such file), reloads both global stores through their
+    // real constructors and builds the main window. Returns what the stores wrote on stderr.
+    std::string start(std::optional<std::string> todoFile = {},
+                      std::optional<std::string> categoryFile = {});
 
-    // The next question or alert box is answered with the button labelled `button`. Each box
-    // seen is recorded in `boxes` with its message text.
+    // The next question or alert boxes are answered with these buttons, in turn; each box
+    // answered is recorded in `boxes` with its message.
     void answer(std::vector<std::string> buttons);
     std::vector<std::string> boxes;
 
+    // A key press delivered to the widget with the keyboard focus in `window`.
+    void press(Fl_Window* window, int key, std::string text = "", int state = 0);
+
     void switchTab();
-    void selectLine(Fl_Browser* browser, int line);
-    std::vector<std::string> lines(const Fl_Browser* browser) const;
+    static std::vector<std::string> lines(const Fl_Browser* browser);
     std::vector<std::string> todoLines() const { return lines(win->todoBrowser); }
     // Selects the filter entry with this text and runs the filter's callback.
     void filterBy(const char* text);
-    std::string todayText() const;
     // The entry dialog's date fields and weekday, as "2/28/2005 Monday".
     static std::string shownEntryDate();
 
@@ -44,6 +46,7 @@ protected:
 private:
     static void answerPending(void* self);
     std::vector<std::string> answers_;
+    std::string keyText_;
 };
 
 #endif

@@ -1,0 +1,21 @@
+# Checks of what the install ships: the desktop and AppStream entries and the manual pages
+# validated, a staged install complete, and the launcher's choice of data folder.
+add_test(NAME desktop_entry_valid
+  COMMAND desktop-file-validate ${CMAKE_SOURCE_DIR}/packaging/${pindle_app_id}.desktop)
+add_test(NAME metainfo_valid
+  COMMAND appstreamcli validate --no-net
+          ${CMAKE_SOURCE_DIR}/packaging/${pindle_app_id}.metainfo.xml)
+# desktop-file-validate prints hints but still succeeds; any output at all fails these.
+set_tests_properties(desktop_entry_valid PROPERTIES FAIL_REGULAR_EXPRESSION ".")
+foreach(page pindle_todo pindle_export)
+  add_test(NAME man_page_${page}
+    COMMAND sh -c "MANWIDTH=80 man --warnings -l \"$1\" 2>&1 >/dev/null" sh
+            ${CMAKE_SOURCE_DIR}/packaging/${page}.1)
+  set_tests_properties(man_page_${page} PROPERTIES FAIL_REGULAR_EXPRESSION ".")
+endforeach()
+add_test(NAME install_staged
+  COMMAND sh ${CMAKE_SOURCE_DIR}/tests/packaging/install_test.sh ${CMAKE_COMMAND}
+          ${CMAKE_BINARY_DIR} ${pindle_app_id})
+add_test(NAME launcher_data_folder
+  COMMAND sh ${CMAKE_SOURCE_DIR}/tests/packaging/launcher_test.sh
+          ${CMAKE_SOURCE_DIR}/packaging/pindle_todo-launcher)
