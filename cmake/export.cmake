@@ -16,7 +16,7 @@ add_executable(pindle_export src/export/main.cxx)
 target_link_libraries(pindle_export PRIVATE pindle_export_core)
 
 if(PINDLE_BUILD_TESTS)
-  file(GLOB export_test_sources tests/export/*.cxx)
+  file(GLOB export_test_sources CONFIGURE_DEPENDS tests/export/*.cxx)
   add_executable(export_tests ${export_test_sources})
   target_include_directories(export_tests PRIVATE tests)
   target_link_libraries(export_tests PRIVATE pindle_export_core GTest::gtest_main)

@@ -1,13 +1,20 @@
 // The two stores and their files: loading and saving byte for byte, what a first run reports,
-// the failures that end the program, the list operations, and text copies bounded by a record.
+// what may stand in a file's place, the failures that end the program, the list operations,
+// and text copies bounded by a record.
 #include "category_store.h"
 #include "support/store_helpers.h"
 #include "support/temp_dir.h"
 #include "todo_store.h"
 
 #include <cstring>
+#include <fcntl.h>
+#include <functional>
 #include <memory>
 #include <new>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -103,20 +110,65 @@ TEST_F(StoreFile, AnEmptyStoreTruncatesTheFileAndNeverFailsToSave) {
 
 using StoreFileDeath = StoreFile;
 
-// Each store is filled first: loading from /dev/full would never end.
-TEST_F(StoreFileDeath, AFileThatCannotBeWrittenEndsTheProgramWithStatus200) {
+void makeSocket(const char* name) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::snprintf(address.sun_path, sizeof address.sun_path, "%s", name);
+    int fd = socket(AF_UNIX, SOCK_STREAM, 0);
+    ASSERT_EQ(bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    listen(fd, 1);
+}
+
+// Nothing in a file's place makes a load or a save wait: a pipe, read or not, a socket and a
+// loop of links load as a missing file; each of them, a folder and a full device end a save
+// with status 200. Loading /dev/full would never end, so that store is filled first.
+TEST_F(StoreFileDeath, WhatCannotBeOpenedOrWrittenEndsASaveWithStatus200) {
+    int reader = -1;
+    // Made before the stores load, unless it is the full device; a load of it reports a
+    // missing file or not; a save fails to write, or else to open.
+    const struct {
+        const char* what;
+        std::function<void(const char*)> make;
+        bool loadsAsMissing;
+        bool failsToWrite;
+    } places[] = {
+        {"a folder", [](const char* n) { std::filesystem::create_directory(n); }, false, false},
+        {"a pipe", [](const char* n) { mkfifo(n, 0600); }, true, false},
+        {"a pipe being read",
+         [&reader](const char* n) {
+             mkfifo(n, 0600);
+             reader = open(n, O_RDONLY | O_NONBLOCK);
+         },
+         true, false},
+        {"a socket", makeSocket, true, false},
+        {"a link to itself", [](const char* n) { symlink(n, n); }, true, false},
+        {"a full device", [](const char* n) { symlink("/dev/full", n); }, true, true},
+    };
     for (const char* name : {"pindle_todo.db", "cat.db"}) {
-        Todos todos;
-        todos.append(todo("keep"));
-        Categories categories;
-        auto save = [&] { std::strcmp(name, "cat.db") == 0 ? categories.save() : todos.save(); };
-        std::filesystem::create_directory(name);
-        EXPECT_EXIT(save(), testing::ExitedWithCode(200),
-                    "^could not open file " + std::string(name) + "\n$");
-        std::filesystem::remove(name);
-        std::filesystem::create_symlink("/dev/full", name);
-        EXPECT_EXIT(save(), testing::ExitedWithCode(200), "^could not write records!\n$");
-        std::filesystem::remove(name);
+        const std::string missing = std::string("could not open file ") + name;
+        for (const auto& place : places) {
+            if (!place.failsToWrite)
+                place.make(name);
+            testing::internal::CaptureStderr();
+            Todos todos;
+            Categories categories;
+            std::string said = testing::internal::GetCapturedStderr();
+            EXPECT_EQ(said.find(missing + "\nskipping over reading record\n") != said.npos,
+                      place.loadsAsMissing)
+                << name << " as " << place.what << ": " << said;
+            if (place.failsToWrite)
+                place.make(name);
+            todos.append(todo("keep"));
+            categories.append(new CategoryRecord);
+            auto save = [&] {
+                std::strcmp(name, "cat.db") == 0 ? categories.save() : todos.save();
+            };
+            const std::string failure = place.failsToWrite ? "could not write records!" : missing;
+            EXPECT_EXIT(save(), testing::ExitedWithCode(200), "^" + failure + "\n$")
+                << name << " as " << place.what;
+            std::filesystem::remove_all(name);
+            close(reader);
+        }
     }
 }
 

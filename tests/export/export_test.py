@@ -1,6 +1,6 @@
 """pindle_export on fixture files written from the record layout: its output against the reviewed
-golden files in tests/export/golden, and the command line's help, mistakes and exit statuses. Usage: export_test.py PINDLE_EXPORT
-With PINDLE_UPDATE_GOLDEN=1 in the environment, the golden files are rewritten instead."""
+golden files in tests/export/golden, and the command line's help, mistakes and exit statuses.
+Usage: export_test.py PINDLE_EXPORT; with PINDLE_UPDATE_GOLDEN=1 the golden files are rewritten."""
 
 import hashlib
 import os
