@@ -1,6 +1,7 @@
 # Export tool: pindle_export writes the to-dos as CSV, iCalendar or JSON. The writers form a
 # library of their own so the unit tests drive them without the command line; no FLTK here.
 add_library(pindle_export_core STATIC
+  src/export/command_line.cxx
   src/export/utf8_text.cxx
   src/export/todo_view.cxx
   src/export/csv_writer.cxx

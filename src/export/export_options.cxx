@@ -1,7 +1,7 @@
 // Parsing pindle_export's options and its help text.
 #include "export_options.h"
 
-#include <cstring>
+#include "command_line.h"
 
 namespace {
 
@@ -17,76 +17,23 @@ bool parseFormat(const std::string& name, ExportOptions::Format& format) {
     return true;
 }
 
-bool wantsHelp(int argc, const char* const* argv) {
-    for (int i = 1; i < argc; i++) {
-        if (std::strcmp(argv[i], "--help") == 0 || std::strcmp(argv[i], "-h") == 0)
-            return true;
-    }
-    return false;
-}
-
-// Splits "--name=value" or takes the value from the next argument; false if there is none.
-bool optionValue(const std::string& arg, const std::string& name, int argc, const char* const* argv,
-                 int& i, std::string& value) {
-    if (arg.size() > name.size() && arg.compare(0, name.size() + 1, name + "=") == 0) {
-        value = arg.substr(name.size() + 1);
-        return true;
-    }
-    if (i + 1 >= argc)
-        return false;
-    value = argv[++i];
-    return true;
-}
-
-bool isOption(const std::string& arg, const std::string& name) {
-    return arg == name || arg.compare(0, name.size() + 1, name + "=") == 0;
-}
-
-bool parseOne(int argc, const char* const* argv, int& i, ExportOptions& options,
-              std::string& error) {
-    std::string arg = argv[i];
-    std::string value;
-    for (const char* name : {"--format", "--dir"}) {
-        if (!isOption(arg, name))
-            continue;
-        if (!optionValue(arg, name, argc, argv, i, value)) {
-            error = std::string("option ") + name + " needs a value";
-            return false;
-        }
-        if (std::strcmp(name, "--dir") == 0) {
-            options.dir = value;
-        } else if (!parseFormat(value, options.format)) {
-            error = "unknown format '" + value + "' (use csv, ics or json)";
-            return false;
-        }
-        return true;
-    }
-    error = (arg.size() > 1 && arg[0] == '-' ? "unknown option '" : "unexpected argument '") + arg +
-            "'";
-    return false;
-}
-
 } // namespace
 
 bool ExportOptions::parse(int argc, const char* const* argv, ExportOptions& options,
                           std::string& error) {
-    if (wantsHelp(argc, argv)) {
-        options.help = true;
-        return true;
-    }
-    for (int i = 1; i < argc; i++) {
-        if (!parseOne(argc, argv, i, options, error))
-            return false;
-    }
-    if (options.dir.empty()) {
+    CommandLine line;
+    std::string format;
+    line.option("--format", &format);
+    line.option("--dir", &options.dir);
+    if (!line.parse(argc, argv, options.help, error) || options.help)
+        return error.empty();
+    if (options.dir.empty())
         error = "option --dir needs a folder";
-        return false;
-    }
-    if (options.format == Format::None) {
+    else if (format.empty())
         error = "choose a format with --format csv, --format ics or --format json";
-        return false;
-    }
-    return true;
+    else if (!parseFormat(format, options.format))
+        error = "unknown format '" + format + "' (use csv, ics or json)";
+    return error.empty();
 }
 
 const char* ExportOptions::helpText() {

@@ -1,73 +1,19 @@
 // Parsing pindle_sync's options and its help text.
 #include "sync_options.h"
 
-#include <cstring>
-
-namespace {
-
-bool wantsHelp(int argc, const char* const* argv) {
-    for (int i = 1; i < argc; i++) {
-        if (std::strcmp(argv[i], "--help") == 0 || std::strcmp(argv[i], "-h") == 0)
-            return true;
-    }
-    return false;
-}
-
-std::string* valueSlot(SyncOptions& options, const std::string& name) {
-    if (name == "--dir")
-        return &options.dir;
-    if (name == "--url")
-        return &options.url;
-    if (name == "--user")
-        return &options.user;
-    if (name == "--password-file")
-        return &options.passwordFile;
-    return nullptr;
-}
-
-bool* flagSlot(SyncOptions& options, const std::string& name) {
-    if (name == "--dry-run")
-        return &options.dryRun;
-    if (name == "--allow-http")
-        return &options.allowHttp;
-    return nullptr;
-}
-
-// "--name=value" or "--name value".
-bool parseOne(int argc, const char* const* argv, int& i, SyncOptions& options, std::string& error) {
-    std::string arg = argv[i];
-    std::string name = arg.substr(0, arg.find('='));
-    bool inlineValue = name.size() < arg.size();
-    if (bool* flag = flagSlot(options, name); flag != nullptr && !inlineValue) {
-        *flag = true;
-        return true;
-    }
-    std::string* slot = valueSlot(options, name);
-    if (slot == nullptr) {
-        error = (arg.size() > 1 && arg[0] == '-' ? "unknown option '" : "unexpected argument '") +
-                arg + "'";
-        return false;
-    }
-    if (!inlineValue && i + 1 >= argc) {
-        error = "option " + name + " needs a value";
-        return false;
-    }
-    *slot = inlineValue ? arg.substr(name.size() + 1) : argv[++i];
-    return true;
-}
-
-} // namespace
+#include "command_line.h"
 
 bool SyncOptions::parse(int argc, const char* const* argv, SyncOptions& options,
                         std::string& error) {
-    if (wantsHelp(argc, argv)) {
-        options.help = true;
-        return true;
-    }
-    for (int i = 1; i < argc; i++) {
-        if (!parseOne(argc, argv, i, options, error))
-            return false;
-    }
+    CommandLine line;
+    line.option("--dir", &options.dir);
+    line.option("--url", &options.url);
+    line.option("--user", &options.user);
+    line.option("--password-file", &options.passwordFile);
+    line.flag("--dry-run", &options.dryRun);
+    line.flag("--allow-http", &options.allowHttp);
+    if (!line.parse(argc, argv, options.help, error) || options.help)
+        return error.empty();
     if (options.dir.empty())
         error = "option --dir needs a folder";
     else if (options.url.empty())
