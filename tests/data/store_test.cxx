@@ -41,11 +41,11 @@ TodoRecord* todo(const char* description, bool completed = false) {
     return r;
 }
 
-// Whole records load as the file has them, numbers and all; a trailing part of a record, the
-// link slots and the bytes after each terminator do not survive a save.
+// Whole records load as the file has them, numbers and all, notes of full length too; a trailing
+// part of a record, the link slots and the bytes after each terminator do not survive a save.
 TEST_F(StoreFile, TodosLoadAsStoredAndSaveAsWritten) {
     TodoFields odd{12, 25, -70000, 1000, 7, "Home", "Gifts", "line 1\nline 2"};
-    TodoFields plain{1, 1, 2005, 0, 0, "", "Second", ""};
+    TodoFields plain{1, 1, 2005, 0, 0, "", "Second", std::string(31999, 'n')};
     std::string file = todoBytes(odd, true) + todoBytes(plain, true);
     file.replace(17 + 5, 3, "old"); // leftovers after the category's terminator
     writeFile("pindle_todo.db", file + std::string(32123, 'z'));
