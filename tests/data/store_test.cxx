@@ -41,22 +41,26 @@ TodoRecord* todo(const char* description, bool completed = false) {
     return r;
 }
 
-// Whole records load as the file has them, numbers and all, notes of full length too; a trailing
-// part of a record, the link slots and the bytes after each terminator do not survive a save.
+// Whole records load as the file has them, numbers and all, notes of full length too (ended at the
+// field's last byte if nothing ends them); a trailing part of a record, the link slots and the
+// bytes after each terminator do not survive a save.
 TEST_F(StoreFile, TodosLoadAsStoredAndSaveAsWritten) {
     TodoFields odd{12, 25, -70000, 1000, 7, "Home", "Gifts", "line 1\nline 2"};
     TodoFields plain{1, 1, 2005, 0, 0, "", "Second", std::string(31999, 'n')};
-    std::string file = todoBytes(odd, true) + todoBytes(plain, true);
+    TodoFields unended{1, 1, 2005, 0, 0, "", "Third", std::string(32000, 'u')};
+    std::string file = todoBytes(odd, true) + todoBytes(plain, true) + todoBytes(unended, true);
     file.replace(17 + 5, 3, "old"); // leftovers after the category's terminator
     writeFile("pindle_todo.db", file + std::string(32123, 'z'));
     Todos store;
-    ASSERT_EQ(descriptions(store), (std::vector<std::string>{"Gifts", "Second"}));
+    ASSERT_EQ(descriptions(store), (std::vector<std::string>{"Gifts", "Second", "Third"}));
     const TodoRecord* r = store.at(0);
     EXPECT_EQ(std::vector<int>({r->month, r->day, r->year, r->priority, r->completed}),
               std::vector<int>({12, 25, -70000, 1000, 7}));
     EXPECT_STREQ(r->notes, "line 1\nline 2");
+    unended.notes.pop_back(); // the field's last byte ends the notes
+    EXPECT_EQ(store.at(2)->notes, unended.notes);
     store.save();
-    EXPECT_TRUE(readFile("pindle_todo.db") == todoFile({odd, plain}));
+    EXPECT_TRUE(readFile("pindle_todo.db") == todoFile({odd, plain, unended}));
 }
 
 TEST_F(StoreFile, CategoriesLoadWholeRecordsWithTheirNamesEndedInside) {
@@ -140,9 +144,7 @@ TEST_F(StoreFileDeath, WhatCannotBeOpenedOrWrittenEndsASaveWithStatus200) {
                 place.make(name);
             todos.append(todo("keep"));
             categories.append(new CategoryRecord);
-            auto save = [&] {
-                std::strcmp(name, "cat.db") == 0 ? categories.save() : todos.save();
-            };
+            auto save = [&] { std::string(name) == "cat.db" ? categories.save() : todos.save(); };
             const std::string failure = place.failsToWrite ? "could not write records!" : missing;
             EXPECT_EXIT(save(), testing::ExitedWithCode(200), "^" + failure + "\n$")
                 << name << " as " << place.what;

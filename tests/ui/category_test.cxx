@@ -22,6 +22,7 @@ TEST_F(CategoryTab, NewAppendsAnyNameAndEditRenamesInPlace) {
     start();
     for (const char* name : {"Work", "", "Work"}) {
         win->newCategoryButton->do_callback();
+        EXPECT_TRUE(categoryDialog.window->shown());
         EXPECT_STREQ(categoryDialog.nameInput->value(), "");
         typeAndSave(name);
     }
@@ -35,6 +36,13 @@ TEST_F(CategoryTab, NewAppendsAnyNameAndEditRenamesInPlace) {
     EXPECT_EQ(win->categoryBrowser->value(), 0);
     EXPECT_EQ(lines(win->categoryBrowser), (Lines{"Inbox", "Work", "", "Work"}));
     EXPECT_TRUE(readFile("cat.db") == categoryFile({"Inbox", "Work", "", "Work"}));
+    // A second click on the selected name edits it, as Edit does; the list finds lines once drawn.
+    Fl::flush();
+    Fl::e_x = win->categoryBrowser->x() + 20;
+    Fl::e_y = win->categoryBrowser->y() + 8;
+    for (int event : {FL_PUSH, FL_RELEASE, FL_PUSH, FL_RELEASE})
+        win->categoryBrowser->handle(event);
+    EXPECT_TRUE(categoryDialog.window->shown());
 }
 
 // The question comes first, then the refusal of "Unassigned"; a duplicate goes by its line.

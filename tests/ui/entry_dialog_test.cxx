@@ -131,11 +131,9 @@ TEST_F(EntryDialogTest, DateButtons) {
         entryDialog.yearInput->value(1999);
         button->do_callback();
         CalDate e = CalDate::addDays(today(), days);
-        EXPECT_EQ(shownEntryDate().rfind(std::to_string(e.month) + "/" + std::to_string(e.day) +
-                                             "/" + std::to_string(e.year) + " ",
-                                         0),
-                  0u)
-            << button->label();
+        char date[256];
+        CalDate::format(e.month, e.day, e.year, date);
+        EXPECT_EQ(shownEntryDate().rfind(std::string(date) + " ", 0), 0u) << button->label();
     }
     entryDialog.saveButton->do_callback();
     EXPECT_EQ(readFile("pindle_todo.db").substr(0, 12),
@@ -232,6 +230,7 @@ TEST_F(EntryDialogTest, PastesIntoLimitedFieldsKeepWhatFits) {
         {std::string(45, 'x'), "\xc3\xa9\xc3\xa9\xc3\xa9",
          std::string(45, 'x') + "\xc3\xa9\xc3\xa9", -1},
         {"", std::string(30, 'q') + "  \n", std::string(30, 'q'), -1},
+        {"ab", "c", "abc", -1},
         {std::string(50, 'f'), "more", std::string(50, 'f'), -1},
         {std::string(60, 'o'), "abcdef", std::string(48, 'o') + "ab", 48},
     };

@@ -18,6 +18,7 @@ TEST_F(FormatCodes, AreObeyedUnlessTheyBreakTheToolkit) {
     Lines names = {"@F15@S2000x",    "@S0@S-9x",  "@F16x",       "@F-1x",    "@S2001x",
                    "@S99999999999x", "@F14@b@ix", "@F12@b@F16x", "@F99@F1x", "@S99999@lx",
                    "@B5@F16x",       "a\t@F16x",  "@@F16x"};
+    names.push_back("@F16" + std::string(46, 'y')); // a whole name keeps its room for "@."
     start(todoFile({{6, 15, 2999, 0, 0, "@F99999x", "x\t@S99999y", ""},
                     {6, 15, 2999, 0, 0, "Work", "a\tb\t@F99", ""},
                     {6, 15, 2004, 0, 0, "a\t@F16", "r", ""}}),
@@ -26,7 +27,7 @@ TEST_F(FormatCodes, AreObeyedUnlessTheyBreakTheToolkit) {
     EXPECT_EQ(lines(win->categoryBrowser),
               (Lines{"@F15@S2000x", "@S0@S-9x", "@.@F16x", "@.@F-1x", "@.@S2001x",
                      "@.@S99999999999x", "@F14@b@ix", "@.@F12@b@F16x", "@F99@F1x", "@S99999@lx",
-                     "@.@B5@F16x", "a\t@F16x", "@@F16x"}));
+                     "@.@B5@F16x", "a\t@F16x", "@@F16x", "@.@F16" + std::string(46, 'y')}));
     win->tabs->value(win->todoGroup); // no tab switch: the categories stay as they are
     Fl::flush();                      // drawn now, under the sanitizers too
     EXPECT_EQ(todoLines(),
