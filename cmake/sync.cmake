@@ -39,7 +39,7 @@ if(PINDLE_BUILD_TESTS)
   foreach(script radicale hostile_server)
     add_test(NAME sync_${script}
       COMMAND ${PINDLE_SYSTEM_PYTHON} ${CMAKE_SOURCE_DIR}/tests/sync/${script}_test.py
-              $<TARGET_FILE:pindle_sync>)
+              $<TARGET_FILE:pindle_sync> $<TARGET_FILE:pindle_todo>)
     set_tests_properties(sync_${script} PROPERTIES TIMEOUT 600)
   endforeach()
   add_test(NAME man_page_pindle_sync

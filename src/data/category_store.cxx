@@ -33,11 +33,19 @@ Digest CategoryRecord::digest() const {
 }
 
 CategoryStore::CategoryStore() : RecordStore("cat.db") {
-    if (!load()) {
-        auto* seed = new CategoryRecord;
-        seed->setName("Unassigned");
-        append(seed);
-    }
+    if (!load())
+        seed();
+}
+
+void CategoryStore::reload() {
+    if (!reloadFile())
+        seed();
+}
+
+void CategoryStore::seed() {
+    auto* unassigned = new CategoryRecord;
+    unassigned->setName("Unassigned");
+    append(unassigned);
 }
 
 CategoryRecord* CategoryStore::find(const char* name) const {

@@ -36,6 +36,13 @@ public:
 
     // The earliest record whose name equals `name` byte for byte, or null.
     CategoryRecord* find(const char* name) const;
+
+    // Frees every record and loads the file again, as the constructor does.
+    void reload();
+
+private:
+    // Starts the list with "Unassigned", as a first run does.
+    void seed();
 };
 
 #endif

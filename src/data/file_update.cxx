@@ -2,8 +2,8 @@
 #include "file_update.h"
 
 #include "data_file.h"
+#include "data_report.h"
 #include "kept_copy.h"
-#include "save_report.h"
 
 #include <cstdio>
 #include <fcntl.h>
@@ -14,7 +14,7 @@ FileUpdate::FileUpdate(const char* name, const FileStamp& lastSeen, bool mustOpe
       changed_(false), name_{}, kept_{}, out_(fd_) {
     if (fd_ < 0) {
         if (mustOpen)
-            SaveReport::fail("could not open file %s", name);
+            DataReport::fail("could not open file %s", name);
         return;
     }
     if (fstat(fd_, &opened_) != 0)
@@ -24,7 +24,7 @@ FileUpdate::FileUpdate(const char* name, const FileStamp& lastSeen, bool mustOpe
     // A file with records this store never saw came from elsewhere: never lost unseen.
     if (!inPlace_ && S_ISREG(opened_.st_mode) && opened_.st_size > 0 &&
         !KeptCopy::make(fd_, name, kept_, sizeof kept_))
-        SaveReport::fail("could not keep a copy of %s, which another program changed", name);
+        DataReport::fail("could not keep a copy of %s, which another program changed", name);
     if (kept_[0] != '\0')
         std::snprintf(name_, sizeof name_, "%s", name);
 }
@@ -46,7 +46,7 @@ FileStamp FileUpdate::finish(std::uint64_t length) {
     if (!out_.finish())
         failWrite();
     if (!S_ISREG(opened_.st_mode))
-        return FileStamp();
+        return FileStamp(opened_);
     auto size = static_cast<off_t>(length);
     if (opened_.st_size != size) {
         changed_ = true;
@@ -65,11 +65,11 @@ FileStamp FileUpdate::finish(std::uint64_t length) {
     if (fstat(fd_, &written) != 0)
         failWrite();
     if (kept_[0] != '\0')
-        SaveReport::notice("%s was changed by another program; that version is kept as %s", name_,
+        DataReport::notice("%s was changed by another program; that version is kept as %s", name_,
                            kept_);
     return FileStamp(written);
 }
 
 void FileUpdate::failWrite() {
-    SaveReport::fail("could not write records!");
+    DataReport::fail("could not write records!");
 }

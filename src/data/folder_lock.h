@@ -1,29 +1,24 @@
-// The advisory lock on a data folder that keeps the program and its companions from working on
-// one folder's files at the same time. It is taken on the folder itself, so no lock file is left
-// behind, and it lasts as long as the object: the kernel drops it when the process ends, however
-// it ends.
+// The data folder's lock around reading and writing its files: shared while a program reads
+// them, exclusive while one reads and writes them, so that nobody ever reads a file half
+// written and no two saves mix. It is taken on the folder itself, so no lock file is left
+// behind, and held only for as long as the object lives: one read or one change, never across
+// network traffic or a person's typing. Where the file system has no such locks it is not held,
+// and the files are read and written as they always were.
 #ifndef PINDLE_FOLDER_LOCK_H
 #define PINDLE_FOLDER_LOCK_H
 
 class FolderLock {
 public:
-    enum class State {
-        Held,       // this process has the folder to itself
-        Busy,       // another process holds the lock
-        Unavailable // the folder cannot be opened or its file system has no such locks
-    };
+    enum class Mode { Shared, Exclusive };
 
-    // Tries once, without waiting.
-    explicit FolderLock(const char* folder);
+    // Waits for the lock on the folder open as `folder` (a descriptor; -1 takes nothing).
+    FolderLock(int folder, Mode mode);
     ~FolderLock();
     FolderLock(const FolderLock&) = delete;
     FolderLock& operator=(const FolderLock&) = delete;
 
-    State state() const { return state_; }
-
 private:
     int fd_;
-    State state_;
 };
 
 #endif

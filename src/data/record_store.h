@@ -5,6 +5,7 @@
 #define PINDLE_RECORD_STORE_H
 
 #include "data_file.h"
+#include "data_report.h"
 #include "digest.h"
 #include "field_codec.h"
 #include "file_stamp.h"
@@ -81,6 +82,35 @@ public:
 
     int count() const { return static_cast<int>(order_.size()); }
 
+    // The position of `record` in the list, or -1.
+    int indexOf(const Record* record) const {
+        auto found = std::find(order_.begin(), order_.end(), record);
+        return found == order_.end() ? -1 : static_cast<int>(found - order_.begin());
+    }
+
+    // The record whose content equals `like`'s, the nearest to position `near` if there are
+    // several; null if there is none. How a change made on a copy finds its record again after
+    // the list was read anew: the file gives records no identity but their content and order.
+    Record* findLike(const Record& like, int near) const {
+        const int size = count();
+        if (size == 0)
+            return nullptr;
+        near = std::clamp(near, 0, size - 1);
+        const Digest wanted = like.digest();
+        auto holds = [&](int at) { return at >= 0 && at < size && order_[at]->digest() == wanted; };
+        for (int distance = 0; distance <= std::max(near, size - 1 - near); distance++) {
+            if (holds(near - distance))
+                return order_[near - distance];
+            if (holds(near + distance))
+                return order_[near + distance];
+        }
+        return nullptr;
+    }
+
+    // True when what stands at the file's name is not what the store last loaded or wrote there:
+    // another program wrote, replaced, created or removed it since.
+    bool changedOnDisk() const { return !stamp_.sameAs(FileStamp::of(fileName)); }
+
     // Any position of 0 or below gives the head; running off the end gives null.
     Record* at(int position) const {
         if (position <= 0)
@@ -128,19 +158,28 @@ protected:
     // Records live until the program ends; a store is never torn down while it runs.
     ~RecordStore() = default;
 
+    // Drops every record and all the store knew of its file, then loads the file as it is now.
+    bool reloadFile() {
+        clear();
+        held_.clear();
+        stamp_ = FileStamp();
+        return load();
+    }
+
     // Returns false when the file could not be opened, a pipe or a socket in its place
-    // included (reported on stderr). A trailing partial
-    // record is dropped without a word; no link slot is taken for a link. A record the file
-    // holds other than as a save would write it (bytes after a terminator, another link value)
-    // is remembered as unknown, so the first save writes it.
+    // included (reported). Reads the whole records the file held when it was opened:
+    // a trailing partial record is dropped without a word, and a device, which has no size,
+    // gives none rather than reading for ever. No link slot is taken for a link. A record the
+    // file holds other than as a save would write it (bytes after a terminator, another link
+    // value) is remembered as unknown, so the first save writes it.
     bool load() {
         const int fd = DataFile::open(fileName, O_RDONLY);
         file = fd >= 0 ? fdopen(fd, "rb") : nullptr;
         if (file == nullptr) {
             if (fd >= 0)
                 close(fd);
-            std::fprintf(stderr, "could not open file %s\n", fileName);
-            std::fprintf(stderr, "skipping over reading record\n");
+            DataReport::unreadable(fileName);
+            stamp_ = FileStamp::of(fileName);
             return false;
         }
         struct stat opened {};
@@ -148,7 +187,7 @@ protected:
         const auto records = static_cast<std::size_t>(opened.st_size) / Record::kFileSize;
         unsigned char block[Record::kFileSize];
         unsigned char link[FieldCodec::kLinkSize];
-        while (!std::feof(file)) {
+        for (std::size_t read = 0; read < records && !std::feof(file); read++) {
             if (std::fread(block, Record::kFileSize, 1, file) != 1)
                 break;
             Record* record = new Record;
@@ -173,7 +212,8 @@ private:
     std::vector<Record*> order_;
     // Per position of the file, the digest of the record it holds; none where that is unknown.
     std::vector<std::optional<Digest>> held_;
-    // The file as last loaded or written; a save finding anything else writes it whole.
+    // The file as last loaded or written, or what stood in its place when it could not be
+    // opened; a save finding anything else writes it whole.
     FileStamp stamp_;
 };
 

@@ -99,6 +99,10 @@ TodoStore::TodoStore() : RecordStore("pindle_todo.db") {
     load();
 }
 
+void TodoStore::reload() {
+    reloadFile();
+}
+
 void TodoStore::purgeCompleted() {
     removeIf([](const TodoRecord& r) { return r.completed != 0; });
 }

@@ -54,6 +54,9 @@ public:
 
     // Removes and frees every completed record; the rest keep their order. Does not save.
     void purgeCompleted();
+
+    // Frees every record and loads the file again, as the constructor does.
+    void reload();
 };
 
 #endif

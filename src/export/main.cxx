@@ -1,7 +1,9 @@
 // pindle_export's entry: checks the command line and the data files, loads the stores read-only
-// and hands them to the writer of the chosen format.
+// (as one consistent state, under the folder's lock) and hands them to the writer of the chosen
+// format.
 #include "category_store.h"
 #include "csv_writer.h"
+#include "data_folder.h"
 #include "export_options.h"
 #include "ics_writer.h"
 #include "json_writer.h"
@@ -51,6 +53,9 @@ int checkFolder(const std::string& dir) {
 void writeFormat(const ExportOptions& options, std::time_t stamp) {
     TodoStore todos;
     CategoryStore categories;
+    // The stores load one after the other: a save another program made meanwhile is read again
+    // under the folder's lock, so the output is one consistent state of both files.
+    DataFolder(todos, categories).refresh();
     if (options.format == ExportOptions::Format::Csv)
         CsvWriter::write(std::cout, todos.head);
     else if (options.format == ExportOptions::Format::Ics)

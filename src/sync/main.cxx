@@ -1,24 +1,23 @@
-// pindle_sync's entry: checks the command line, the password and the folder, takes the folder's
-// lock, loads the stores, runs the sync (a second time when a task changed on the server while
-// the first ran), then saves the stores and the state and says what happened.
-#include "category_store.h"
+// pindle_sync's entry: checks the command line, the password and the folder, claims the folder
+// for this sync, and runs it (a second time when a task changed on the server while the first
+// ran): the server is read with the folder unlocked, the files are read, merged and written
+// under its lock, and the local changes go up with the folder unlocked again. Then it says what
+// happened.
 #include "credentials.h"
+#include "data_folder.h"
+#include "data_report.h"
 #include "dav_client.h"
-#include "folder_lock.h"
+#include "folder_claim.h"
 #include "progress.h"
 #include "sync_options.h"
 #include "sync_session.h"
 #include "sync_state.h"
-#include "todo_store.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <curl/curl.h>
-#include <fcntl.h>
 #include <iostream>
-#include <memory>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -33,34 +32,41 @@ int fail(int status, const std::string& message) {
     return status;
 }
 
+// A store that cannot open its file says so; for a sync a missing file is a first start, and
+// one that is there but unreadable is refused before the store reads it.
+void reportFailuresOnly(DataReport::Kind kind, const char* line) {
+    if (kind != DataReport::Kind::Unreadable)
+        DataReport::toStderr(kind, line);
+}
+
 // A data file that is there but cannot be read would load as an empty list, and the sync would
-// take every to-do for deleted: that is refused. A missing one is a first start.
-bool checkFile(const char* name, bool& present, std::string& error) {
-    present = access(name, F_OK) == 0;
-    if (present && access(name, R_OK | W_OK) != 0)
+// take every to-do for deleted: that is refused.
+bool checkFile(const char* name, std::string& error) {
+    if (access(name, F_OK) == 0 && access(name, R_OK | W_OK) != 0)
         error = std::string("cannot read and write ") + name + ": " + std::strerror(errno);
     return error.empty();
 }
 
-// A store that frees its records with itself: the program's own never do, as they live until
-// it ends, but a sync's are checked for leaks.
+bool checkFiles(const SyncState& state, std::string& error) {
+    if (!checkFile("pindle_todo.db", error) || !checkFile("cat.db", error))
+        return false;
+    if (access("pindle_todo.db", F_OK) != 0 && !state.entries.empty())
+        error = "pindle_todo.db is missing although to-dos were synced from it";
+    return error.empty();
+}
+
+// The folder's stores, freed with it: the program's own never are, as they live until it
+// ends, but a sync's are checked for leaks.
 template <class Store> struct OwnedStore : Store {
     ~OwnedStore() { this->clear(); }
 };
 
-// The stores say on stderr that a missing file could not be opened; for a sync that is no news.
-template <class Store> std::unique_ptr<OwnedStore<Store>> loadQuietly(bool present) {
-    if (present)
-        return std::make_unique<OwnedStore<Store>>();
-    int saved = dup(STDERR_FILENO);
-    int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    dup2(null, STDERR_FILENO);
-    auto store = std::make_unique<OwnedStore<Store>>();
-    dup2(saved, STDERR_FILENO);
-    close(null);
-    close(saved);
-    return store;
-}
+struct Folder {
+    OwnedStore<TodoStore> todos;
+    OwnedStore<CategoryStore> categories;
+    DataFolder files{todos, categories};
+    SyncState state;
+};
 
 void report(const SyncSession::Tally& t, int requests, int writes) {
     std::printf("pindle_sync: sent %d new, %d changed, %d deleted; received %d new, %d changed, "
@@ -68,12 +74,6 @@ void report(const SyncSession::Tally& t, int requests, int writes) {
                 t.sentNew, t.sentChanged, t.sentDeleted, t.gotNew, t.gotChanged, t.gotDeleted,
                 t.conflicts, requests, writes);
 }
-
-struct Folder {
-    std::unique_ptr<OwnedStore<TodoStore>> todos;
-    std::unique_ptr<OwnedStore<CategoryStore>> categories;
-    SyncState state;
-};
 
 void add(SyncSession::Tally& total, const SyncSession::Tally& t) {
     total.sentNew += t.sentNew;
@@ -88,36 +88,45 @@ void add(SyncSession::Tally& total, const SyncSession::Tally& t) {
     total.raced = t.raced;
 }
 
+// Reads the files again if they changed since the last look, takes the server's changes into
+// them and saves them with a state that matches, all under the folder's lock.
+bool settle(SyncSession& session, Folder& folder, bool dryRun, std::string& error) {
+    DataFolder::Change change(folder.files);
+    if (!checkFiles(folder.state, error))
+        return false;
+    session.settle();
+    if (dryRun)
+        return true;
+    if (session.categoriesChanged())
+        folder.categories.save();
+    if (session.localChanged())
+        folder.todos.save();
+    return folder.state.save(error);
+}
+
 int syncFolder(const SyncOptions& options, DavClient& client, Folder& folder) {
     Progress progress;
     SyncSession::Tally total;
     std::string failure;
-    bool changedTodos = false, changedCategories = false;
     for (int pass = 0; pass < kPasses; pass++) {
-        SyncSession session(client, *folder.todos, *folder.categories, folder.state, progress,
+        SyncSession session(client, folder.todos, folder.categories, folder.state, progress,
                             options.dryRun);
         std::string error;
-        if (!session.run(error))
+        if (!session.scan(error) || !settle(session, folder, options.dryRun, error))
             return fail(kFailed, error);
+        session.send();
         for (const std::string& line : session.plan())
             std::printf("%s\n", line.c_str());
         add(total, session.tally());
         if (failure.empty())
             failure = session.firstFailure();
-        changedTodos = changedTodos || session.localChanged();
-        changedCategories = changedCategories || session.categoriesChanged();
+        if (!options.dryRun && !folder.state.save(error))
+            return fail(kFailed, error);
         if (total.raced == 0 || options.dryRun)
             break;
     }
     if (options.dryRun)
         return 0;
-    if (changedCategories)
-        folder.categories->save();
-    if (changedTodos)
-        folder.todos->save();
-    std::string error;
-    if (!folder.state.save(error))
-        return fail(kFailed, error);
     report(total, client.requests(), client.writes());
     if (total.raced > 0)
         return fail(kFailed, "a task kept changing on the server during the sync; run it again");
@@ -130,23 +139,18 @@ int syncFolder(const SyncOptions& options, DavClient& client, Folder& folder) {
 int syncIn(const SyncOptions& options, const Credentials& credentials) {
     if (chdir(options.dir.c_str()) != 0)
         return fail(kFailed, "cannot enter folder " + options.dir + ": " + std::strerror(errno));
-    FolderLock lock(".");
-    if (lock.state() == FolderLock::State::Busy)
-        return fail(kBusy, options.dir + " is open in Pindle ToDo or another sync; close it first");
-    if (lock.state() != FolderLock::State::Held)
+    FolderClaim claim(".", FolderClaim::Role::Sync);
+    if (claim.state() == FolderClaim::State::Busy)
+        return fail(kBusy, "another pindle_sync is already syncing " + options.dir +
+                               "; let it finish, then run this one again");
+    if (claim.state() != FolderClaim::State::Held)
         return fail(kFailed, "cannot lock folder " + options.dir);
-    bool haveTodos = false, haveCategories = false;
     std::string error;
-    if (!checkFile("pindle_todo.db", haveTodos, error) ||
-        !checkFile("cat.db", haveCategories, error))
+    if (!checkFile("pindle_todo.db", error) || !checkFile("cat.db", error))
         return fail(kFailed, error);
-    Folder folder{nullptr, nullptr, {}};
+    Folder folder;
     if (!folder.state.load(options.url, options.user, error))
         return fail(kFailed, error);
-    if (!haveTodos && !folder.state.entries.empty())
-        return fail(kFailed, "pindle_todo.db is missing although to-dos were synced from it");
-    folder.todos = loadQuietly<TodoStore>(haveTodos);
-    folder.categories = loadQuietly<CategoryStore>(haveCategories);
     DavClient client(options.url, credentials);
     return syncFolder(options, client, folder);
 }
@@ -167,6 +171,7 @@ int main(int argc, char** argv) {
     Credentials credentials;
     if (!Credentials::gather(options.user, options.passwordFile, credentials, error))
         return fail(kFailed, error);
+    DataReport::setSink(reportFailuresOnly);
     curl_global_init(CURL_GLOBAL_DEFAULT);
     int status = syncIn(options, credentials);
     curl_global_cleanup();

@@ -60,10 +60,13 @@ When both sides changed the same to-do since the last sync, both versions are ke
 server's comes down as a new local to-do that stays linked to the task, and the local one goes
 up as a new task. A to-do deleted on one side and changed on the other is kept as changed.
 
-The sync keeps its state in .pindle_sync.json beside the data files (readable by its owner
-only; it never holds the password). It will not run while Pindle ToDo has the folder open.
+The sync runs beside an open Pindle ToDo window: it locks the folder only while it reads
+and writes the files, never while it waits for the server, and the window shows what it
+wrote. What is typed while a sync sends goes up with the next one. The sync keeps its state
+in .pindle_sync.json beside the data files (readable by its owner only; it never holds the
+password).
 
 Exit status: 0 on success; 1 when the sync failed or left changes unsent (run it again);
-2 for a mistake on the command line; 3 when the folder is in use.
+2 for a mistake on the command line; 3 when another sync of the folder is running.
 )";
 }

@@ -29,20 +29,27 @@ SyncSession::SyncSession(DavClient& client, TodoStore& todos, CategoryStore& cat
     : client_(client), todos_(todos), categories_(categories), state_(state), progress_(progress),
       dryRun_(dryRun), scan_(client) {}
 
-bool SyncSession::run(std::string& error) {
+bool SyncSession::scan(std::string& error) {
+    return scan_.list(state_.syncToken, error) && fetchChanged(error);
+}
+
+void SyncSession::settle() {
     CalDate::today(today_[0], today_[1], today_[2]);
     matchLocal();
-    if (!scan_.list(state_.syncToken, error) || !fetchMissing(error))
-        return false;
     for (std::size_t i = 0; i < state_.entries.size(); i++)
         settleEntry(i);
     takeServerAdds();
-    sendAll();
     token_ = scan_.newToken();
+    // Tasks to delete are still on the server until send() deletes them.
+    rebuildState(deletions_);
+}
+
+void SyncSession::send() {
+    fetchUploadBases();
+    sendAll();
     if (!dryRun_ && tally_.sentNew + tally_.sentChanged + tally_.sentDeleted > 0)
         catchUpToken();
-    rebuildState();
-    return true;
+    rebuildState(dangling_);
 }
 
 void SyncSession::matchLocal() {
@@ -61,30 +68,39 @@ void SyncSession::matchLocal() {
     }
 }
 
-// The listing may leave out calendar data, and a task changed only here is not in a listing
-// from a token at all; the server's copy of each is wanted before anything is decided.
-bool SyncSession::fetchMissing(std::string& error) {
+// A listing may leave out calendar data; every task changed or new there is wanted before
+// anything is decided. Which to-dos changed here is not known yet: the files are read later.
+bool SyncSession::fetchChanged(std::string& error) {
     std::vector<std::string> wanted;
-    std::set<std::string> known;
-    for (std::size_t i = 0; i < state_.entries.size(); i++) {
-        const SyncEntry& e = state_.entries[i];
-        known.insert(e.path);
-        int at = entryRecord_[i];
-        bool editedHere = at >= 0 && RecordDigest::of(*records_[at]).whole != e.local.whole;
-        auto found = scan_.present().find(e.path);
-        if (found == scan_.present().end()) {
-            // Left out of a listing from a token: unchanged there, and wanted to build on.
-            if (editedHere && !scan_.complete())
-                wanted.push_back(e.path);
-        } else if (found->second.ics.empty() && (found->second.etag != e.etag || editedHere)) {
-            wanted.push_back(e.path);
-        }
-    }
+    std::unordered_map<std::string, const SyncEntry*> known;
+    for (const SyncEntry& e : state_.entries)
+        known[e.path] = &e;
     for (const auto& [path, task] : scan_.present()) {
-        if (known.count(path) == 0 && task.ics.empty())
+        auto entry = known.find(path);
+        if (task.ics.empty() && (entry == known.end() || entry->second->etag != task.etag))
             wanted.push_back(path);
     }
     return wanted.empty() || scan_.fetch(wanted, error);
+}
+
+// A changed to-do goes up over the server's copy of its task, so that what other clients keep
+// on it stays; a listing from a token holds no task unchanged there, and any listing may leave
+// the data out. Those copies are fetched now. If that fails the uploads go without them, and
+// the first of them finds the server unreachable.
+void SyncSession::fetchUploadBases() {
+    std::vector<std::string> wanted;
+    for (const Upload& upload : changedUploads_) {
+        if (upload.serverIcs.empty())
+            wanted.push_back(links_[upload.record].path);
+    }
+    std::string error;
+    if (dryRun_ || wanted.empty() || !scan_.fetch(wanted, error))
+        return;
+    for (Upload& upload : changedUploads_) {
+        auto found = scan_.present().find(links_[upload.record].path);
+        if (upload.serverIcs.empty() && found != scan_.present().end())
+            upload.serverIcs = found->second.ics;
+    }
 }
 
 SyncSession::Remote SyncSession::remoteOf(SyncEntry& entry, ServerTask*& task) {
@@ -351,14 +367,14 @@ void SyncSession::note(const std::string& line) {
         plan_.push_back(line);
 }
 
-// The entries in the order of the local list, then those deleted here and not yet on the server.
-void SyncSession::rebuildState() {
+// The entries in the order of the local list, then those deleted here that the server still has.
+void SyncSession::rebuildState(const std::vector<SyncEntry>& stillOnServer) {
     state_.entries.clear();
     for (TodoRecord* r = todos_.head; r != nullptr; r = r->next) {
         auto found = links_.find(r);
         if (found != links_.end())
             state_.entries.push_back(found->second);
     }
-    state_.entries.insert(state_.entries.end(), dangling_.begin(), dangling_.end());
+    state_.entries.insert(state_.entries.end(), stillOnServer.begin(), stillOnServer.end());
     state_.syncToken = token_;
 }

@@ -1,12 +1,15 @@
-// One sync of a data folder with its collection. It finds what changed on each side since the
-// last sync, sends the local changes to the server first (each write conditional on the ETag it
-// last saw, so a task changed meanwhile is never overwritten), takes the server's changes into
-// the stores, and leaves the new state in memory for the caller to save with the stores.
+// One sync of a data folder with its collection, in three steps so that the folder is locked
+// only while its files are read and written, never while the server is asked: scan reads what
+// changed on the server; settle, under the folder's lock, finds what changed in the files as they
+// are now, takes the server's changes into the stores and leaves a state that matches them; send
+// then sends the local changes to the server (each write conditional on the ETag it last saw, so
+// a task changed meanwhile is never overwritten) and brings the state up to date.
 //
 // Nothing is lost: a to-do changed on both sides is kept twice (the server's version comes down
 // as a new local to-do linked to the task, the local one goes up as a new task), and one changed
 // on one side and deleted on the other is kept as changed. A write that fails leaves its to-do
-// as it was in the state, so that the next sync tries again.
+// as it was in the state, so that the next sync tries again; so does a to-do changed in the files
+// after settle, which the next sync finds changed.
 #ifndef PINDLE_SYNC_SESSION_H
 #define PINDLE_SYNC_SESSION_H
 
@@ -34,9 +37,18 @@ public:
     SyncSession(DavClient& client, TodoStore& todos, CategoryStore& categories, SyncState& state,
                 Progress& progress, bool dryRun);
 
-    // False, with a reason, when the server's changes could not be read; nothing has changed
-    // then. Otherwise the stores and the state hold the result (see tally() for what failed).
-    bool run(std::string& error);
+    // Reads what changed on the server since the state's token. False, with a reason, when the
+    // server's changes could not be read; nothing has changed then.
+    bool scan(std::string& error);
+
+    // Takes the server's changes into the stores as they are now, and decides what goes up.
+    // The state then matches the stores (local changes not sent yet are left as they were, for
+    // the next sync to find again), to be saved with them.
+    void settle();
+
+    // Sends what settle left to send; the state then holds the result (see tally() for what
+    // failed).
+    void send();
 
     const Tally& tally() const { return tally_; }
     bool localChanged() const { return todosChanged_; }
@@ -53,7 +65,8 @@ private:
     };
 
     void matchLocal();
-    bool fetchMissing(std::string& error);
+    bool fetchChanged(std::string& error);
+    void fetchUploadBases();
     Remote remoteOf(SyncEntry& entry, ServerTask*& task);
     void settleEntry(std::size_t index);
     void settleKept(SyncEntry entry, TodoRecord* record, Remote remote, ServerTask* task);
@@ -73,7 +86,7 @@ private:
     bool accepted(const char* what, bool sent, const HttpReply& reply);
     void catchUpToken();
     void note(const std::string& line);
-    void rebuildState();
+    void rebuildState(const std::vector<SyncEntry>& stillOnServer);
 
     DavClient& client_;
     TodoStore& todos_;

@@ -1,10 +1,10 @@
-// Program entry: the globals are built and the data files loaded before main runs; main takes
-// the folder's lock, has save reports shown in alert boxes, mends the toolkit's large pastes,
-// builds the main window and runs the event loop until the last window closes.
-#include "folder_lock.h"
+// Program entry: the globals are built and the data files loaded before main runs; main claims
+// the folder for this window, has save reports shown in alert boxes, mends the toolkit's large
+// pastes, builds the main window and runs the event loop until the last window closes.
+#include "data_report.h"
+#include "folder_claim.h"
 #include "globals.h"
 #include "incremental_paste.h"
-#include "save_report.h"
 #include "todo_window.h"
 
 #include <FL/Fl.H>
@@ -17,23 +17,26 @@
 
 // A user started from the desktop never sees stderr: what a save has to say is shown too. The
 // box does not wrap, so each clause of a report gets its own line.
-static void alertUser(const char* message) {
-    std::string text = message;
+static void reportToUser(DataReport::Kind kind, const char* line) {
+    DataReport::toStderr(kind, line);
+    if (kind == DataReport::Kind::Unreadable)
+        return;
+    std::string text = line;
     for (std::size_t at = text.find("; "); at != std::string::npos; at = text.find("; ", at))
         text.replace(at, 2, ";\n");
     fl_alert("%s", text.c_str());
 }
 
 int main() {
-    // Held until the program ends. Where the file system has no such locks the program runs
-    // unguarded, as it always did.
-    FolderLock lock(".");
-    if (lock.state() == FolderLock::State::Busy) {
-        fl_alert("Pindle ToDo or pindle_sync is already working on the to-do files in this "
-                 "folder.\nClose it, then start Pindle ToDo again.");
+    // Held until the program ends: one window per folder. Companions work beside it. Where the
+    // file system has no such locks the program runs unguarded, as it always did.
+    FolderClaim claim(".", FolderClaim::Role::Window);
+    if (claim.state() == FolderClaim::State::Busy) {
+        fl_alert("Pindle ToDo is already open on the to-do files in this folder.\nSwitch to "
+                 "that window, or close it and start Pindle ToDo again.");
         return 1;
     }
-    SaveReport::setHandler(alertUser);
+    DataReport::setSink(reportToUser);
     IncrementalPaste::install();
     TodoWindow todoWindow;
     return Fl::run();

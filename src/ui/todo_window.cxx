@@ -58,6 +58,20 @@ template <class Record> Record* selectedRecord(const Fl_Browser* browser) {
     int line = browser->value();
     return line == 0 ? nullptr : static_cast<Record*>(browser->data(line));
 }
+
+// Selects the line of `record`, if it is listed.
+void selectLine(Fl_Browser* browser, const void* record) {
+    for (int line = 1; record != nullptr && line <= browser->size(); line++) {
+        if (browser->data(line) == record) {
+            browser->value(line);
+            return;
+        }
+    }
+}
+
+int descriptionLength(const TodoRecord& r) {
+    return static_cast<int>(strnlen(r.description, sizeof r.description));
+}
 } // namespace
 
 template <void (TodoWindow::*Handler)()> void TodoWindow::fromWindow(Fl_Widget* w, void*) {
@@ -72,7 +86,16 @@ void TodoWindow::showAbout(Fl_Widget*, void*) {
     aboutDialog.show();
 }
 
-TodoWindow::TodoWindow() {
+void TodoWindow::filesChanged(void* self) {
+    static_cast<TodoWindow*>(self)->followFiles();
+}
+
+TodoWindow::TodoWindow()
+    : folder_(todoStore, categoryStore), watch_(filesChanged, this), editedTodoAt_(-1),
+      editedCategoryAt_(-1) {
+    // The stores loaded before the folder was locked: a file another program wrote meanwhile is
+    // read again, so the two are seen as they stood together.
+    folder_.refresh();
     window = new Fl_Double_Window(640, 480, "To Do List");
     window->user_data(this);
     window->align(Fl_Align(FL_ALIGN_TOP | FL_ALIGN_TEXT_OVER_IMAGE));
@@ -205,6 +228,7 @@ void TodoWindow::fillCategoryChoice() {
 // Gives to-dos of vanished categories "Unassigned" and always saves. The list is rebuilt with
 // the filter as it was; only then does the choice fall back to "All".
 void TodoWindow::tabChanged() {
+    auto change = beginChange();
     int count = todoStore.count();
     for (int i = 0; i < count; i++) {
         if (categoryStore.find(todoStore.at(i)->category) == nullptr)
@@ -216,6 +240,7 @@ void TodoWindow::tabChanged() {
 }
 
 void TodoWindow::newTodo() {
+    editedTodo_.reset();
     entryDialog.clear();
     entryDialog.setEditing(0);
     entryDialog.setToday();
@@ -227,6 +252,8 @@ void TodoWindow::editTodo() {
     TodoRecord* r = selectedRecord<TodoRecord>(todoBrowser);
     if (r == nullptr)
         return;
+    editedTodo_ = std::make_unique<TodoRecord>(*r);
+    editedTodoAt_ = todoStore.indexOf(r);
     entryDialog.showDate({r->month, r->day, r->year});
     entryDialog.priorityChoice->value(r->priority);
     entryDialog.descriptionInput->value(r->description);
@@ -258,28 +285,61 @@ void TodoWindow::fillRecord(TodoRecord* record) {
 }
 
 void TodoWindow::saveTodo() {
+    auto change = beginChange();
     if (entryDialog.editing() == 0) {
         auto* record = new TodoRecord;
         fillRecord(record);
         record->next = nullptr;
         todoStore.append(record);
-    } else if (TodoRecord* r = selectedRecord<TodoRecord>(todoBrowser)) {
-        fillRecord(r);
+    } else if (editedTodo_) {
+        saveEditedTodo();
     }
+    editedTodo_.reset();
     entryDialog.window->hide();
     todoStore.save();
     fillTodoBrowser();
 }
 
+// The edit goes over the to-do the dialog was opened on, found by what it held then. If another
+// program changed or deleted it meanwhile, the edit is added beside its version: both are kept.
+void TodoWindow::saveEditedTodo() {
+    if (TodoRecord* r = todoStore.findLike(*editedTodo_, editedTodoAt_)) {
+        fillRecord(r);
+        return;
+    }
+    auto* record = new TodoRecord;
+    fillRecord(record);
+    record->next = nullptr;
+    todoStore.append(record);
+    std::fprintf(stderr,
+                 "the to-do \"%.*s\" was changed or deleted by another program while it was "
+                 "edited here; both versions are kept\n",
+                 descriptionLength(*editedTodo_), editedTodo_->description);
+}
+
 void TodoWindow::cancelTodo() {
+    editedTodo_.reset();
     entryDialog.window->hide();
 }
 
+// The question runs the event loop, in which the stores may be read again: the to-do is then
+// found again by its content.
 void TodoWindow::deleteTodo() {
     TodoRecord* r = selectedRecord<TodoRecord>(todoBrowser);
-    if (r == nullptr || !confirm("Do you really want to delete the To-Do Item?"))
+    if (r == nullptr)
         return;
-    todoStore.remove(r);
+    TodoRecord doomed = *r;
+    int at = todoStore.indexOf(r);
+    if (!confirm("Do you really want to delete the To-Do Item?"))
+        return;
+    auto change = beginChange();
+    if (TodoRecord* still = todoStore.findLike(doomed, at))
+        todoStore.remove(still);
+    else
+        std::fprintf(stderr,
+                     "the to-do \"%.*s\" was changed or deleted by another program before it "
+                     "could be deleted here; that program's version stays\n",
+                     descriptionLength(doomed), doomed.description);
     fillTodoBrowser();
     todoStore.save();
 }
@@ -287,6 +347,7 @@ void TodoWindow::deleteTodo() {
 void TodoWindow::purgeTodos() {
     if (!confirm("Do you really want to purge all completed to-do records?"))
         return;
+    auto change = beginChange();
     todoStore.purgeCompleted();
     todoStore.save();
     fillTodoBrowser();
@@ -305,6 +366,7 @@ void TodoWindow::fillCategoryBrowser() {
 }
 
 void TodoWindow::newCategory() {
+    editedCategory_.reset();
     categoryDialog.clear();
     categoryDialog.setEditing(0);
     categoryDialog.show();
@@ -314,38 +376,113 @@ void TodoWindow::editCategory() {
     CategoryRecord* r = selectedRecord<CategoryRecord>(categoryBrowser);
     if (r == nullptr)
         return;
+    editedCategory_ = r->name;
+    editedCategoryAt_ = categoryStore.indexOf(r);
     categoryDialog.nameInput->value(r->name);
     categoryDialog.setEditing(1);
     categoryDialog.show();
 }
 
 void TodoWindow::saveCategory() {
+    auto change = beginChange();
     if (categoryDialog.editing() == 0) {
         auto* record = new CategoryRecord;
         record->setName(categoryDialog.nameInput->value());
         categoryStore.append(record);
-    } else if (CategoryRecord* r = selectedRecord<CategoryRecord>(categoryBrowser)) {
-        r->setName(categoryDialog.nameInput->value());
+    } else if (editedCategory_) {
+        saveEditedCategory();
     }
+    editedCategory_.reset();
     categoryDialog.window->hide();
     categoryStore.save();
     fillCategoryBrowser();
 }
 
+// As for a to-do: a category renamed or deleted elsewhere meanwhile is kept, the new name added.
+void TodoWindow::saveEditedCategory() {
+    CategoryRecord old;
+    old.setName(editedCategory_->c_str());
+    if (CategoryRecord* r = categoryStore.findLike(old, editedCategoryAt_)) {
+        r->setName(categoryDialog.nameInput->value());
+        return;
+    }
+    auto* record = new CategoryRecord;
+    record->setName(categoryDialog.nameInput->value());
+    categoryStore.append(record);
+    std::fprintf(stderr,
+                 "the category \"%s\" was renamed or deleted by another program while it was "
+                 "edited here; the new name is added beside it\n",
+                 editedCategory_->c_str());
+}
+
 void TodoWindow::cancelCategory() {
+    editedCategory_.reset();
     categoryDialog.window->hide();
 }
 
 // The question comes before the refusal of "Unassigned": the user answers, then is told no.
 void TodoWindow::deleteCategory() {
     CategoryRecord* r = selectedRecord<CategoryRecord>(categoryBrowser);
-    if (r == nullptr || !confirm("Do you really want to delete the category Item?"))
+    if (r == nullptr)
         return;
-    if (std::strcmp(r->name, "Unassigned") == 0) {
+    CategoryRecord doomed = *r;
+    int at = categoryStore.indexOf(r);
+    if (!confirm("Do you really want to delete the category Item?"))
+        return;
+    if (std::strcmp(doomed.name, "Unassigned") == 0) {
         fl_alert("You can not delete the Unassigned category!");
         return;
     }
-    categoryStore.remove(r);
+    auto change = beginChange();
+    if (CategoryRecord* still = categoryStore.findLike(doomed, at))
+        categoryStore.remove(still);
     fillCategoryBrowser();
     categoryStore.save();
+}
+
+void TodoWindow::followFiles() {
+    Picked picked = pick();
+    showReloaded(folder_.refresh(), picked);
+}
+
+std::unique_ptr<DataFolder::Change> TodoWindow::beginChange() {
+    Picked picked = pick();
+    auto change = std::make_unique<DataFolder::Change>(folder_);
+    showReloaded(change->reloaded(), picked);
+    return change;
+}
+
+TodoWindow::Picked TodoWindow::pick() const {
+    Picked picked;
+    if (auto* todo = selectedRecord<TodoRecord>(todoBrowser)) {
+        picked.todo = std::make_unique<TodoRecord>(*todo);
+        picked.todoAt = todoStore.indexOf(todo);
+    }
+    if (auto* category = selectedRecord<CategoryRecord>(categoryBrowser)) {
+        picked.category = category->name;
+        picked.categoryAt = categoryStore.indexOf(category);
+    }
+    if (categoryFilter->value() > 0)
+        picked.filter = selectedText(categoryFilter);
+    return picked;
+}
+
+// As a start-up would show the files, but the tab, "Show Completed", the filter and the
+// selections stay where their category or to-do still exists.
+void TodoWindow::showReloaded(const DataFolder::Reloaded& reloaded, const Picked& picked) {
+    if (reloaded.categories) {
+        fillCategoryBrowser();
+        CategoryRecord old;
+        old.setName(picked.category.c_str());
+        if (picked.categoryAt >= 0)
+            selectLine(categoryBrowser, categoryStore.findLike(old, picked.categoryAt));
+        fillCategoryChoice();
+        if (!picked.filter.empty())
+            selectByText(categoryFilter, picked.filter.c_str());
+    }
+    if (!reloaded.any())
+        return;
+    fillTodoBrowser();
+    if (picked.todo)
+        selectLine(todoBrowser, todoStore.findLike(*picked.todo, picked.todoAt));
 }

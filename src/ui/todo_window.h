@@ -1,7 +1,16 @@
 // The main window: the top strip, the to-do tab and the category tab, and every handler that
-// ties those widgets and the two edit dialogs to the stores.
+// ties those widgets and the two edit dialogs to the stores. It follows the data files: what
+// another program writes there is shown within a second, and each change a person makes is
+// applied to the files as they are at that moment, under the folder's lock.
 #ifndef PINDLE_TODO_WINDOW_H
 #define PINDLE_TODO_WINDOW_H
+
+#include "data_folder.h"
+#include "folder_watch.h"
+
+#include <memory>
+#include <optional>
+#include <string>
 
 class Fl_Browser;
 class Fl_Button;
@@ -42,6 +51,10 @@ public:
     void cancelCategory();
     void deleteCategory();
 
+    // Reads again whatever another program changed in the data files and shows it, keeping
+    // the tab, the filter and the selections where their to-do or category still exists.
+    void followFiles();
+
     Fl_Double_Window* window;
     Fl_Check_Button* showCompletedButton;
     Fl_Output* todayOutput;
@@ -61,6 +74,23 @@ public:
     Fl_Button* deleteCategoryButton;
 
 private:
+    // What the person has picked in the window, by content and position, so that it can be
+    // found again once the stores have read their files anew.
+    struct Picked {
+        std::unique_ptr<TodoRecord> todo;
+        int todoAt = -1;
+        std::string category;
+        int categoryAt = -1;
+        std::string filter;
+    };
+
+    Picked pick() const;
+    void showReloaded(const DataFolder::Reloaded& reloaded, const Picked& picked);
+    // The folder locked for one change, with whatever another program changed shown first.
+    std::unique_ptr<DataFolder::Change> beginChange();
+    void saveEditedTodo();
+    void saveEditedCategory();
+
     void buildTopStrip();
     void buildTodoTab();
     void buildCategoryTab();
@@ -72,6 +102,17 @@ private:
     template <void (TodoWindow::*Handler)()> static void fromWindow(Fl_Widget* w, void*);
     template <void (TodoWindow::*Handler)()> static void fromUserData(Fl_Widget*, void* self);
     static void showAbout(Fl_Widget*, void*);
+    static void filesChanged(void* self);
+
+    DataFolder folder_;
+    FolderWatch watch_;
+    // The to-do the entry dialog was opened on by Edit, as it was then, and where it stood;
+    // null when the dialog is not editing one.
+    std::unique_ptr<TodoRecord> editedTodo_;
+    int editedTodoAt_;
+    // Likewise the name the category dialog was opened on by Edit.
+    std::optional<std::string> editedCategory_;
+    int editedCategoryAt_;
 };
 
 #endif

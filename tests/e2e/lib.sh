@@ -65,6 +65,15 @@ click() { point "$1" $2; xdotool click 1; }
 keys() { point "$1" $2; xdotool key --delay 40 "${@:3}"; }
 type_at() { click "$1" "$2"; xdotool key End type --delay 20 "$3"; }
 
+# How many of the to-do list's first six lines show any text, read off one screenshot.
+listed_lines() {
+  local crops=() i
+  for i in 1 2 3 4 5 6; do
+    crops+=("(" -clone 0 -crop "580x13+20+$((97 + 17 * i))" -format '%[fx:mean<0.99]\n' -write info: ")")
+  done
+  xwd -silent -id "$MAIN" | convert xwd:- "${crops[@]}" null: | grep -c 1 || true
+}
+
 # Answers the question box that appears with a key: Return is "Yes", Escape "No".
 answer() { keys "$(wait_window "")" "5 5" "$1"; wait_gone ""; }
 

@@ -2,8 +2,8 @@
 # A user's sessions with the built program, for what only a real process shows: the messages
 # of a first start, every change surviving a kill right after it, the keyboard letters of the
 # three windows, the dialogs holding the main window still, a large paste, the exit statuses,
-# a failed save shown and ending the program with its reason, a second copy refused, and a file
-# changed by another program kept.
+# a failed save shown and ending the program with its reason, a second copy refused, another
+# program's write shown within a second, and an edit of a to-do changed elsewhere kept beside it.
 APP=$(realpath "$1")
 source "$(dirname "$0")/lib.sh"
 TODAY=$(day_from_today 0)
@@ -206,8 +206,13 @@ for broken in "pindle_todo.db folder" "pindle_todo.db full" "pindle_todo.db pipe
   full) ln -s /dev/full "$WORK/$1" ;;
   pipe) mkfifo "$WORK/$1" ;; # nobody reads it: a save must not wait for a reader
   esac
-  # Going to the to-do tab saves the to-dos; a new category saves the categories.
-  [ "$1" = cat.db ] && category_then "$NEW_CATEGORY" "" || click "$MAIN" "$TODO_TAB"
+  # The window reads what now stands there, as a start would: no to-do, or no category. A new
+  # to-do or category then has to be saved.
+  if [ "$1" = cat.db ]; then
+    category_then "$NEW_CATEGORY" ""
+  else
+    todo_tab_then "$NEW_TODO" && click "$ENTRY" "$ENTRY_SAVE"
+  fi
   expected="could not open file $1"
   [ "$2" != full ] || expected="could not write records!"
   answer Return # the alert box, shown while the program still runs
@@ -216,21 +221,35 @@ for broken in "pindle_todo.db folder" "pindle_todo.db full" "pindle_todo.db pipe
     fail "$1 as $2: status $RC, said: $(cat "$WORK/stderr.txt")"
 done
 
-echo "== one copy per folder, a file changed by another program, a pipe in a file's place"
+echo "== one copy per folder; another program's writes shown at once and kept; a pipe"
 rm -rf "$WORK"
 start_app "write_files(FOLDER, [Todo(1, 1, 2030, 0, 0, 'Unassigned', 'mine', '')], ['Unassigned'])"
 FIRST=$APP_PID MINE=$(files)
 (cd "$WORK" && exec "$APP" 2>/dev/null) & APP_PID=$!
-answer Return && wait_exit # "already working on the to-do files in this folder"
+answer Return && wait_exit # "already open on the to-do files in this folder"
 [ "$RC" = 1 ] && [ "$(files)" = "$MINE" ] || fail "a second copy: status $RC, files $(files)"
 APP_PID=$FIRST
-records "write_files('$WORK', [Todo(1, 1, 2030, 0, 0, 'Unassigned', 'theirs', '')], None)"
-cp "$WORK/pindle_todo.db" "$WORK/theirs"
-click "$MAIN" "$TODO_TAB" && answer Return # "was changed by another program"
-expect_files "1/1/2030 0 0 Unassigned|mine|" Unassigned
-cmp -s "$WORK/theirs" "$WORK"/pindle_todo.db.changed-elsewhere-* &&
-  grep -q "^pindle_todo.db was changed by another program; that version is kept as" \
-    "$WORK/stderr.txt" || fail "their version: $(ls "$WORK"), said: $(cat "$WORK/stderr.txt")"
+click "$MAIN" "$TODO_TAB"
+poll eval '[ "$(listed_lines)" = 1 ]' || fail "the list shows $(listed_lines) lines, not 1"
+THEIRS="Todo(1, 2, 2030, 0, 0, 'Unassigned', 'theirs', '')"
+records "write_files('$WORK', [Todo(1, 1, 2030, 0, 0, 'Unassigned', 'mine', ''), $THEIRS], None)"
+since=$(date +%s%N)
+# The time of the screenshot that first shows it.
+while shot=$(date +%s%N) && [ "$(listed_lines)" != 2 ]; do
+  [ $((shot - since)) -lt 10000000000 ] || fail "the list did not show their to-do"
+done
+took=$(((shot - since) / 1000000))
+[ "$took" -lt 1000 ] || fail "their to-do took $took ms to show"
+# An edit of a to-do that another program completes meanwhile is kept beside that version.
+click "$MAIN" "${TODO_LINES[1]}" && click "$MAIN" "$EDIT_TODO" && ENTRY=$(wait_window "To Do Entry")
+records "write_files('$WORK', [Todo(1, 1, 2030, 0, 1, 'Unassigned', 'mine', ''), $THEIRS], None)"
+type_at "$ENTRY" "$DESCRIPTION" " edited" && click "$ENTRY" "$ENTRY_SAVE"
+expect_files "1/1/2030 0 1 Unassigned|mine|
+1/2/2030 0 0 Unassigned|theirs|
+1/1/2030 0 0 Unassigned|mine edited|" Unassigned
+grep -q "^the to-do \"mine\" was changed or deleted by another program .*both versions are kept$" \
+  "$WORK/stderr.txt" || fail "said: $(cat "$WORK/stderr.txt")"
+[ "$(find "$WORK" -name '*changed-elsewhere*')" = "" ] || fail "a copy was kept: $(ls "$WORK")"
 kill "$APP_PID" && rm "$WORK/pindle_todo.db" && mkfifo "$WORK/pindle_todo.db"
 launch_app # would wait for a writer for ever if it opened the pipe to read
 grep -qx "could not open file pindle_todo.db" "$WORK/stderr.txt" || fail "$(cat "$WORK/stderr.txt")"

@@ -57,7 +57,8 @@ def _text(record, at_size, strict):
 
 
 def _records(path, size, strict):
-    data = open(path, "rb").read()
+    with open(path, "rb") as f:
+        data = f.read()
     if strict and len(data) % size:
         raise ValueError(f"{len(data)} bytes is not a whole number of {size}-byte records")
     count = len(data) // size

@@ -9,6 +9,7 @@
 #include <FL/Fl_Tabs.H>
 
 #include <new>
+#include <utility>
 
 // Runs the store's real constructor again in the current directory.
 template <class Store> static void reload(Store& store) {
@@ -67,6 +68,8 @@ void UiTest::answerPending(void* self) {
         }
         if (button == nullptr)
             continue;
+        if (test->whileAsking)
+            std::exchange(test->whileAsking, nullptr)();
         test->boxes.push_back(message);
         test->answers_.erase(test->answers_.begin());
         if (test->answers_.empty())

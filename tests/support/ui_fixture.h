@@ -11,6 +11,7 @@
 #include <FL/Fl.H>
 #include <FL/Fl_Browser.H>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -29,6 +30,8 @@ protected:
     // answered is recorded in `boxes` with its message.
     void answer(std::vector<std::string> buttons);
     std::vector<std::string> boxes;
+    // Run once, inside the next box's event loop, just before it is answered.
+    std::function<void()> whileAsking;
 
     // A key press delivered to the widget with the keyboard focus in `window`.
     void press(Fl_Window* window, int key, std::string text = "", int state = 0);

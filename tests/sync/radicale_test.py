@@ -1,5 +1,6 @@
 """pindle_sync against a real CalDAV server: Radicale on a free loopback port, with the caldav
-module as the user's second device. Usage: radicale_test.py PINDLE_SYNC"""
+module as the user's second device, and beside the program's open window when it is given.
+Usage: radicale_test.py PINDLE_SYNC [PINDLE_TODO]"""
 
 import datetime
 import fcntl
@@ -211,6 +212,37 @@ class Sync(unittest.TestCase):
         self.sync(folder)
         self.assertEqual((fx.tasks(self.device), folder.todos()), ({}, []))
 
+    def test_beside_the_open_window(self):
+        if fx.WINDOW_PROGRAM is None:
+            self.skipTest("needs pindle_todo")
+        folder = self.folder([todo(b"A"), todo(b"B")])
+        window = fx.Window(folder)
+        try:
+            window.click(window.TODO_TAB)
+            window.wait_for_lines(2)
+            self.sync(folder)
+            uids = {str(t["SUMMARY"]): uid for uid, t in fx.tasks(self.device).items()}
+            task = self.device.todo_by_uid(uids["A"])
+            task.icalendar_component["SUMMARY"] = "A on the phone"
+            task.save()
+            self.device.save_todo(fx.vtodo("phone", "From the phone", DUE="20300301"))
+            self.sync(folder)
+            self.assertLess(window.wait_for_lines(3), 1.0)
+            self.assertEqual([t.description for t in folder.todos()],
+                             [b"A on the phone", b"B", b"From the phone"])
+            window.add_todo("Typed here")
+            deadline = time.monotonic() + 5
+            while len(folder.todos()) < 4 and time.monotonic() < deadline:
+                time.sleep(0.05)
+            self.sync(folder)
+            self.assertEqual(sorted(by_summary(self.device)),
+                             ["A on the phone", "B", "From the phone", "Typed here"])
+            self.assertTrue(window.running())
+            self.assert_nothing_new(folder)
+        finally:
+            said = window.close()
+        self.assertEqual(said, "")
+
     def test_server_texts_are_cut_to_their_fields(self):
         self.device.save_todo(fx.vtodo("long", "\u00e9" * 30 + "x", DESCRIPTION="\u20ac" * 12000,
                                        CATEGORIES="\U0001F600" * 20, PRIORITY="0"))
@@ -269,9 +301,10 @@ class Failures(unittest.TestCase):
         self.assert_refused(self.folder.sync(self.url), 1, "chmod 600")
         os.chmod(self.folder.password_file, 0o600)
         self.assert_refused(self.folder.sync("http://192.0.2.1/tasks/"), 2, "--allow-http")
+        # Another sync's claim on the folder: a lock on the folder's second byte.
         fd = os.open(self.folder.path, os.O_RDONLY)
-        fcntl.flock(fd, fcntl.LOCK_EX)
-        self.assert_refused(self.folder.sync(self.url), 3, "open in Pindle ToDo")
+        fcntl.lockf(fd, fcntl.LOCK_SH | fcntl.LOCK_NB, 1, 2)
+        self.assert_refused(self.folder.sync(self.url), 3, "another pindle_sync is already")
         os.close(fd)
         self.assertEqual(self.folder.snapshot(), before)
         self.assertEqual(self.server.requests_since(offset), [])

@@ -1,6 +1,7 @@
 """What the sync tests share: a Radicale server of their own on a free loopback port with a
 temporary store and one htpasswd user, a caldav client playing the user's second device, data
-folders written and read through tests/support/records.py, and pindle_sync runs."""
+folders written and read through tests/support/records.py, pindle_sync runs, and the program's
+window open on a folder, driven with xdotool and read off the screen."""
 
 import os
 import re
@@ -17,6 +18,7 @@ import caldav  # noqa: E402
 
 USER, PASSWORD = "alice", "correct horse"
 PROGRAM = None
+WINDOW_PROGRAM = None
 
 # Radicale as its command line starts it, less the fsync after every write (an option its own
 # tests use, not settable from a config file): a thousand uploads take seconds, not minutes.
@@ -162,6 +164,96 @@ class Folder:
         self.dir.cleanup()
 
 
+class Window:
+    """pindle_todo open on a folder, on a private Xvfb display of its own so that no other test's
+    window takes its clicks."""
+
+    # Window-relative points: the to-do tab, New, and the entry dialog's description and Save.
+    TODO_TAB, NEW = (40, 37), (475, 77)
+    DESCRIPTION, SAVE = (200, 157), (67, 407)
+
+    def __init__(self, folder):
+        ready, write_end = os.pipe()
+        self.server = subprocess.Popen(["Xvfb", "-displayfd", str(write_end), "-screen", "0",
+                                        "800x600x24", "-nolisten", "tcp"],
+                                       pass_fds=(write_end,), stderr=subprocess.DEVNULL)
+        os.close(write_end)
+        number = b""
+        while not number.endswith(b"\n"):
+            number += os.read(ready, 16)
+        os.close(ready)
+        self.env = {k: v for k, v in os.environ.items() if k != "XAUTHORITY"}
+        self.env["DISPLAY"] = ":" + number.decode().strip()
+        self.process = subprocess.Popen([WINDOW_PROGRAM], cwd=folder.path, env=self.env,
+                                        stderr=subprocess.PIPE)
+        self.id = self.find("To Do List")
+
+    def run(self, *args, **kwargs):
+        return subprocess.run(args, env=self.env, check=True, **kwargs)
+
+    def find(self, title):
+        deadline = time.monotonic() + 10
+        while time.monotonic() < deadline:
+            found = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid",
+                                    str(self.process.pid), "--name", f"^{title}$"],
+                                   env=self.env, stdout=subprocess.PIPE, text=True).stdout.split()
+            if found:
+                time.sleep(0.3)  # mapped is not yet drawn
+                return found[0]
+            time.sleep(0.1)
+        raise RuntimeError(f"no window {title!r}")
+
+    def click(self, point, window=None):
+        self.run("xdotool", "mousemove", "--sync", "--window", window or self.id,
+                 str(point[0]), str(point[1]), "click", "1")
+
+    def add_todo(self, description):
+        """New, a description, Save: as a person adds a to-do."""
+        self.click(self.NEW)
+        entry = self.find("To Do Entry")
+        self.click(self.DESCRIPTION, entry)
+        self.run("xdotool", "type", "--delay", "20", description)
+        self.click(self.SAVE, entry)
+
+    def listed_lines(self):
+        """How many of the to-do list's first six lines show text, read off the screen."""
+        shot = self.run("xwd", "-silent", "-id", self.id, stdout=subprocess.PIPE).stdout
+        crops = []
+        for i in range(1, 7):
+            crops += ["(", "-clone", "0", "-crop", f"580x13+20+{97 + 17 * i}", "-format",
+                      "%[fx:mean<0.99]\\n", "-write", "info:", ")"]
+        out = self.run("convert", "xwd:-", *crops, "null:", input=shot,
+                       stdout=subprocess.PIPE).stdout.decode()
+        return out.split().count("1")
+
+    def wait_for_lines(self, count, seconds=5):
+        """Seconds until the list shows `count` lines, as of the screenshot that showed them."""
+        start = time.monotonic()
+        while True:
+            taken = time.monotonic() - start
+            if self.listed_lines() == count:
+                return taken
+            if taken > seconds:
+                raise AssertionError(f"the list shows {self.listed_lines()} lines, not {count}")
+            time.sleep(0.02)
+
+    def running(self):
+        return self.process.poll() is None
+
+    def close(self):
+        """Ends the program and the display; what the program said on stderr."""
+        self.process.kill()
+        self.process.wait()
+        said = self.process.stderr.read().decode()
+        self.process.stderr.close()
+        self.server.terminate()
+        self.server.wait()
+        return said
+
+
 def take_program():
-    global PROGRAM
+    """pindle_sync, then pindle_todo where the tests open the window too."""
+    global PROGRAM, WINDOW_PROGRAM
     PROGRAM = os.path.abspath(sys.argv.pop(1))
+    if len(sys.argv) > 1 and not sys.argv[1].startswith("-"):
+        WINDOW_PROGRAM = os.path.abspath(sys.argv.pop(1))

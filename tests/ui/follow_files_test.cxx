@@ -1,0 +1,243 @@
+// The window beside other programs writing its files: what they write is shown within a
+// second, keeping the tab, the filter and the selection where they still apply; the window's
+// own saves cause no reload; a person's change goes to the to-dos and categories as they are
+// then, an edit of a to-do changed elsewhere meanwhile kept beside that version.
+#include "support/store_helpers.h"
+#include "support/ui_fixture.h"
+
+#include <FL/Fl_Button.H>
+#include <FL/Fl_Choice.H>
+#include <FL/Fl_Double_Window.H>
+#include <FL/Fl_Input.H>
+#include <FL/Fl_Output.H>
+#include <FL/Fl_Tabs.H>
+
+#include <chrono>
+#include <cstring>
+#include <sys/inotify.h>
+#include <unistd.h>
+
+namespace {
+
+using Lines = std::vector<std::string>;
+using FollowFiles = UiTest;
+
+// The window must follow with inotify where a process can have it, and with the one-second
+// check where it cannot (the suite runs these tests once more with inotify taken away).
+double followBound() {
+    int fd = inotify_init1(IN_CLOEXEC);
+    if (fd < 0)
+        return 1.5;
+    close(fd);
+    return 0.5;
+}
+
+// Runs the event loop until `done` holds; the seconds it took, or a large number after `limit`.
+double runUntil(const std::function<bool()>& done, double limit = 3.0) {
+    auto start = std::chrono::steady_clock::now();
+    auto elapsed = [&] {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    };
+    while (!done()) {
+        if (elapsed() > limit)
+            return 1e9;
+        Fl::wait(0.01);
+    }
+    return elapsed();
+}
+
+// Another program's change: its own stores on the same files, changed and saved.
+void elsewhere(const std::function<void(TodoStore&, CategoryStore&)>& change) {
+    ScopedStore<TodoStore> todos;
+    ScopedStore<CategoryStore> categories;
+    change(todos, categories);
+    todos.save();
+    categories.save();
+}
+
+TodoRecord* byDescription(TodoStore& store, const char* description) {
+    for (int i = 0; i < store.count(); i++) {
+        if (std::strcmp(store.at(i)->description, description) == 0)
+            return store.at(i);
+    }
+    return nullptr;
+}
+
+TodoRecord* todo(int day, const char* description, const char* category) {
+    auto* r = new TodoRecord;
+    r->month = 1;
+    r->day = day;
+    r->year = 2030;
+    r->setCategory(category);
+    r->setDescription(description);
+    return r;
+}
+
+std::string line(int day, const char* category, const char* description) {
+    return "1\t1/" + std::to_string(day) + "/2030\t" + category + "\t" + description;
+}
+
+const std::string kThree = todoFile({{1, 1, 2030, 0, 0, "Work", "A", ""},
+                                     {1, 2, 2030, 0, 0, "Home", "B", ""},
+                                     {1, 3, 2030, 0, 0, "Work", "C", ""}});
+const std::string kCategories = categoryFile({"Unassigned", "Work", "Home"});
+
+std::string selectedLine(const Fl_Browser* browser) {
+    return browser->value() == 0 ? "" : browser->text(browser->value());
+}
+
+TEST_F(FollowFiles, ShowsWhatAnotherProgramWroteAndKeepsWhatWasPicked) {
+    start(kThree, kCategories);
+    switchTab();
+    filterBy("Work");
+    win->todoBrowser->value(2);     // C
+    win->categoryBrowser->value(3); // Home
+    elsewhere([](TodoStore& todos, CategoryStore&) {
+        byDescription(todos, "A")->setDescription("A2");
+        todos.append(todo(4, "D", "Work"));
+    });
+    EXPECT_LT(runUntil([&] { return todoLines().size() == 3; }), followBound());
+    EXPECT_EQ(todoLines(),
+              (Lines{line(1, "Work", "A2"), line(3, "Work", "C"), line(4, "Work", "D")}));
+    EXPECT_EQ(selectedLine(win->todoBrowser), line(3, "Work", "C"));
+    EXPECT_EQ(win->tabs->value(), win->todoGroup);
+    EXPECT_STREQ(win->categoryFilter->text(), "Work");
+
+    // The filtered category renamed: the filter falls back to "All", as after a start.
+    elsewhere(
+        [](TodoStore&, CategoryStore& categories) { categories.find("Work")->setName("Job"); });
+    EXPECT_LT(runUntil([&] { return lines(win->categoryBrowser)[1] == "Job"; }), followBound());
+    EXPECT_STREQ(win->categoryFilter->text(), "All");
+    EXPECT_EQ(todoLines().size(), 4u);
+    EXPECT_EQ(selectedLine(win->todoBrowser), line(3, "Work", "C"));
+    EXPECT_EQ(selectedLine(win->categoryBrowser), "Home");
+
+    // The selected to-do gone: nothing is selected.
+    elsewhere([](TodoStore& todos, CategoryStore&) { todos.remove(byDescription(todos, "C")); });
+    EXPECT_LT(runUntil([&] { return todoLines().size() == 3; }), followBound());
+    EXPECT_EQ(win->todoBrowser->value(), 0);
+}
+
+// A save of the window's own is seen by the watch and costs a check, not a reload, which would
+// set "Today's Date:" again.
+TEST_F(FollowFiles, TheWindowsOwnSavesCauseNoReload) {
+    start(kThree, kCategories);
+    switchTab();
+    win->newTodoButton->do_callback();
+    entryDialog.descriptionInput->value("mine");
+    entryDialog.saveButton->do_callback();
+    win->todayOutput->value("marker");
+    runUntil([] { return false; }, 0.3);
+    EXPECT_STREQ(win->todayOutput->value(), "marker");
+    EXPECT_EQ(todoStore.count(), 4);
+}
+
+// Edit, then another program changes or deletes that to-do before Save: the edit is added as a
+// new to-do, the other version stays, and stderr says so. Whether the window read the files
+// again while the dialog was open or only at Save makes no difference.
+TEST_F(FollowFiles, AnEditOfAToDoChangedElsewhereKeepsBoth) {
+    const struct {
+        const char* name;
+        std::function<void(TodoStore&, CategoryStore&)> change;
+        bool shownBeforeSave;
+        std::vector<std::string> descriptions;
+    } rows[] = {
+        {"changed",
+         [](TodoStore& t, CategoryStore&) { byDescription(t, "A")->completed = 1; },
+         true,
+         {"A", "B", "C", "A edited"}},
+        {"changed, read at Save",
+         [](TodoStore& t, CategoryStore&) { byDescription(t, "A")->setDescription("A1"); },
+         false,
+         {"A1", "B", "C", "A edited"}},
+        {"deleted",
+         [](TodoStore& t, CategoryStore&) { t.remove(byDescription(t, "A")); },
+         true,
+         {"B", "C", "A edited"}},
+        {"another one changed",
+         [](TodoStore& t, CategoryStore&) { t.at(2)->priority = 4; },
+         false,
+         {"A edited", "B", "C"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        start(kThree, kCategories);
+        switchTab();
+        win->todoBrowser->value(1);
+        win->editTodoButton->do_callback();
+        elsewhere(row.change);
+        if (row.shownBeforeSave)
+            win->followFiles();
+        entryDialog.descriptionInput->value("A edited");
+        testing::internal::CaptureStderr();
+        entryDialog.saveButton->do_callback();
+        std::string said = testing::internal::GetCapturedStderr();
+        std::vector<std::string> saved;
+        ScopedStore<TodoStore> files;
+        for (int i = 0; i < files.count(); i++)
+            saved.emplace_back(files.at(i)->description);
+        EXPECT_EQ(saved, row.descriptions);
+        EXPECT_EQ(said.find("both versions are kept") != said.npos, saved.back() == "A edited")
+            << said;
+    }
+}
+
+// The question of Delete runs the event loop, where the files may be read again: the to-do is
+// found again by its content, and one changed elsewhere meanwhile is not deleted.
+TEST_F(FollowFiles, ADeleteAnsweredAfterAReloadFindsItsToDoAgain) {
+    const struct {
+        const char* name;
+        std::function<void(TodoStore&, CategoryStore&)> change;
+        std::vector<std::string> descriptions;
+    } rows[] = {
+        {"another one changed", [](TodoStore& t, CategoryStore&) { t.at(0)->day = 9; }, {"A", "C"}},
+        {"the same one changed",
+         [](TodoStore& t, CategoryStore&) { t.at(1)->day = 9; },
+         {"A", "B", "C"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        start(kThree, kCategories);
+        switchTab();
+        win->todoBrowser->value(2); // B
+        whileAsking = [&] {
+            elsewhere(row.change);
+            win->followFiles();
+        };
+        answer({"Yes"});
+        testing::internal::CaptureStderr();
+        win->deleteTodoButton->do_callback();
+        std::string said = testing::internal::GetCapturedStderr();
+        std::vector<std::string> saved;
+        ScopedStore<TodoStore> files;
+        for (int i = 0; i < files.count(); i++)
+            saved.emplace_back(files.at(i)->description);
+        EXPECT_EQ(saved, row.descriptions);
+        EXPECT_EQ(said.find("that program's version stays") != said.npos, saved.size() == 3);
+    }
+}
+
+// Category changes apply to the categories found then: a rename of a category renamed
+// elsewhere adds the new name beside the other; a tab switch reassigns by the categories there.
+TEST_F(FollowFiles, CategoryChangesApplyToTheCategoriesFoundThen) {
+    start(kThree, kCategories);
+    win->categoryBrowser->value(3);
+    win->editCategoryButton->do_callback();
+    elsewhere([](TodoStore&, CategoryStore& c) { c.find("Home")->setName("Casa"); });
+    categoryDialog.nameInput->value("House");
+    testing::internal::CaptureStderr();
+    categoryDialog.saveButton->do_callback();
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("the new name is added"),
+              std::string::npos);
+    EXPECT_TRUE(readFile("cat.db") == categoryFile({"Unassigned", "Work", "Casa", "House"}));
+    EXPECT_EQ(lines(win->categoryBrowser), (Lines{"Unassigned", "Work", "Casa", "House"}));
+
+    elsewhere([](TodoStore&, CategoryStore& c) { c.remove(c.find("Work")); });
+    switchTab();
+    EXPECT_TRUE(readFile("pindle_todo.db") ==
+                todoFile({{1, 1, 2030, 0, 0, "Unassigned", "A", ""},
+                          {1, 2, 2030, 0, 0, "Unassigned", "B", ""},
+                          {1, 3, 2030, 0, 0, "Unassigned", "C", ""}}));
+}
+
+} // namespace
