@@ -3,6 +3,8 @@
 // from other programs on the machine hits both alike; the "ratio" counter is measure / floor.
 #include "bench_dir.h"
 #include "bench_timing.h"
+#include "category_store.h"
+#include "data_folder.h"
 #include "todo_generator.h"
 #include "todo_store.h"
 
@@ -192,6 +194,44 @@ void measureSaveKind(benchmark::State& state, const SaveKind& kind) {
     discard(store);
 }
 
+// An edit as the window makes it beside another program: the folder locked, both files checked
+// for changes made elsewhere, the to-do changed and saved. The floor is the save alone.
+void measureChangeEdit(benchmark::State& state) {
+    BenchDir dir;
+    TodoStore* todos = generatedStore(static_cast<int>(state.range(0)));
+    todos->save();
+    std::fclose(std::fopen("cat.db", "wb"));
+    auto* categories = new CategoryStore;
+    DataFolder folder(*todos, *categories);
+    double written = 0;
+    auto edit = [&] {
+        TodoRecord* r = todos->at(todos->count() / 2);
+        double before = BenchTiming::writtenBytes();
+        auto start = Clock::now();
+        {
+            DataFolder::Change change(folder);
+            r->priority = (r->priority + 1) % 9;
+            todos->save();
+        }
+        double seconds = secondsSince(start);
+        written += BenchTiming::writtenBytes() - before;
+        return seconds;
+    };
+    auto floor = [todos] {
+        TodoRecord* r = todos->at(todos->count() / 2);
+        r->priority = (r->priority + 1) % 9;
+        auto start = Clock::now();
+        todos->save();
+        return secondsSince(start);
+    };
+    alternate(state, edit, floor);
+    state.counters["written_kb"] =
+        benchmark::Counter(written / 1e3, benchmark::Counter::kAvgIterations);
+    categories->clear();
+    delete categories;
+    discard(todos);
+}
+
 // The list rebuild asks count() before every row and fetches each row by position. The floor is
 // the same loop over a plain array of the record pointers. Small lists repeat the loop so that
 // every timing covers 10000 rows.
@@ -252,8 +292,10 @@ void registerAll() {
     const struct {
         const char* name;
         void (*function)(benchmark::State&);
-    } measures[] = {
-        {"load", measureLoad}, {"save", measureSave}, {"rebuild_access", measureRebuildAccess}};
+    } measures[] = {{"load", measureLoad},
+                    {"save", measureSave},
+                    {"change_edit", measureChangeEdit},
+                    {"rebuild_access", measureRebuildAccess}};
     for (const auto& m : measures) {
         for (int count : {100, 1000, 10000}) {
             auto* b = benchmark::RegisterBenchmark(m.name, m.function)

@@ -1,13 +1,16 @@
 // Benchmarks of the user interface at 100, 1000 and 10000 to-dos: the to-do list's rebuild on the
-// real main window, and the built program's start-up and peak memory. Needs an X display.
+// real main window, the window following a write of another program, and the built program's
+// start-up and peak memory. Needs an X display.
 #include "bench_dir.h"
 #include "bench_timing.h"
 #include "globals.h"
 #include "todo_generator.h"
 #include "todo_window.h"
 
+#include <FL/Fl.H>
 #include <FL/Fl_Browser.H>
 #include <FL/Fl_Check_Button.H>
+#include <FL/Fl_Double_Window.H>
 #include <X11/Xlib.h>
 
 #include <benchmark/benchmark.h>
@@ -27,6 +30,7 @@
 #include <stdexcept>
 #include <string>
 #include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 extern char** environ;
@@ -71,12 +75,16 @@ TodoWindow& mainWindow() {
     return *window;
 }
 
-// Replaces whatever the global stores hold with `count` generated to-dos and their categories.
+// Replaces whatever the global stores hold with `count` generated to-dos and their categories,
+// saved in the current directory, so that the window's changes find the files as they left them.
 void fillGlobalStores(int count) {
     todoStore.clear();
+    categoryStore.clear();
     TodoGenerator generator;
     generator.fillTodos(todoStore, count);
     generator.fillCategories(categoryStore);
+    todoStore.save();
+    categoryStore.save();
 }
 
 // A full fillTodoBrowser beside its floor: the browser cleared and given the same lines, already
@@ -124,7 +132,6 @@ void measureTabSwitch(benchmark::State& state) {
     BenchDir dir;
     TodoWindow& win = mainWindow();
     fillGlobalStores(static_cast<int>(state.range(0)));
-    win.tabChanged(); // the first save in a new folder writes the file whole
     double written = 0;
     auto tabSwitch = [&win, &written] {
         double before = BenchTiming::writtenBytes();
@@ -142,6 +149,53 @@ void measureTabSwitch(benchmark::State& state) {
     alternate(state, tabSwitch, floor);
     state.counters["written_kb"] =
         benchmark::Counter(written / 1e3, benchmark::Counter::kAvgIterations);
+}
+
+// ---- Following another program's writes ---------------------------------------------------
+
+// Another program's write of one to-do's description into the file, made with plain system
+// calls; the window, with "Show Completed" on so that every to-do is listed, is timed from
+// before the write until it lists the new text and has drawn it: the watch's event, the settle,
+// the to-do file read again and the list rebuilt. The floor is the reload and rebuild alone. It
+// runs 20 times, and reports their median and the worst of them.
+void measureFollow(benchmark::State& state) {
+    if (std::getenv("DISPLAY") == nullptr) {
+        state.SkipWithError("no X display");
+        return;
+    }
+    BenchDir dir;
+    const int count = static_cast<int>(state.range(0));
+    fillGlobalStores(count);
+    auto win = std::make_unique<TodoWindow>(); // watching this folder
+    win->showCompletedButton->value(1);
+    win->fillTodoBrowser();
+    const int fd = open("pindle_todo.db", O_WRONLY | O_CLOEXEC);
+    const int edited = count / 2;
+    std::vector<double> times;
+    int round = 0;
+    auto follow = [&] {
+        char text[50] = {};
+        std::snprintf(text, sizeof text, "written elsewhere %d", ++round);
+        auto start = Clock::now();
+        (void)!pwrite(fd, text, sizeof text, off_t{edited} * TodoRecord::kFileSize + 67);
+        while (std::strcmp(todoStore.at(edited)->description, text) != 0)
+            Fl::wait(0.001);
+        Fl::flush();
+        times.push_back(secondsSince(start));
+        return times.back();
+    };
+    auto floor = [&win] {
+        auto start = Clock::now();
+        todoStore.reload();
+        win->fillTodoBrowser();
+        return secondsSince(start);
+    };
+    alternate(state, follow, floor);
+    std::sort(times.begin(), times.end());
+    state.counters["median_ms"] = times[times.size() / 2] * 1e3;
+    state.counters["worst_ms"] = times.back() * 1e3;
+    close(fd);
+    delete win->window;
 }
 
 // ---- Start-up and peak memory ------------------------------------------------------------
@@ -266,6 +320,13 @@ void registerAll() {
     for (int count : {100, 1000, 10000}) {
         benchmark::RegisterBenchmark("tab_switch", measureTabSwitch)
             ->Arg(count)
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
+    }
+    for (int count : {1000, 10000}) {
+        benchmark::RegisterBenchmark("follow", measureFollow)
+            ->Arg(count)
+            ->Iterations(20)
             ->UseManualTime()
             ->Unit(benchmark::kMillisecond);
     }

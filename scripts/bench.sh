@@ -41,7 +41,9 @@ jq -rs '
                       | sub("rebuild_default"; "rebuild, default")),
         (.real_time | time), (if .floor_ms then (.floor_ms | time) else "-" end),
         (if .floor_ms then (.ratio | fmt) else "-" end),
-        if .written_kb then "wrote " + (.written_kb | fmt) + " KB"
+        if .worst_ms then "median " + (.median_ms | time) + ", worst " + (.worst_ms | time)
+          + " of 20; the floor is a reload and rebuild"
+        elif .written_kb then "wrote " + (.written_kb | fmt) + " KB"
         elif .disk_mb then "disk " + (.disk_mb | fmt) + " MB vs " + (.floor_disk_mb | fmt) + " MB"
         elif .lines then (.lines | tostring) + " lines"
         else "" end]
