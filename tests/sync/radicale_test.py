@@ -335,9 +335,32 @@ class Scale(unittest.TestCase):
             self.assertLessEqual(len(sent), 2)
             # The aim is one second; the bound leaves room for a machine busy with other work.
             self.assertLess(again, 3.0)
+            if fx.WINDOW_PROGRAM is not None:
+                self.comes_down_beside_the_window(url, todos)
         finally:
             folder.close()
             server.close()
+
+    def comes_down_beside_the_window(self, url, todos):
+        """The thousand into a second folder whose window is open: the window shows them."""
+        second = fx.Folder([], [b"Unassigned"])
+        window = fx.Window(second)
+        try:
+            window.click(window.TODO_TAB)
+            start = time.monotonic()
+            result = second.sync(url)
+            down = time.monotonic() - start
+            self.assertEqual(result.returncode, 0, result.stderr)
+            shown = window.wait_for_lines(6)
+            print(f"1000 to-dos down beside the open window: {down:.2f} s, shown "
+                  f"{shown:.2f} s after")
+            self.assertEqual(sorted(t.description for t in second.todos()),
+                             sorted(t.description for t in todos))
+            self.assertTrue(window.running())
+        finally:
+            said = window.close()
+            second.close()
+        self.assertEqual(said, "")
 
 
 if __name__ == "__main__":
