@@ -1,17 +1,12 @@
 # Export tool: pindle_export writes the to-dos as CSV, iCalendar or JSON. The writers form a
 # library of their own so the unit tests drive them without the command line; no FLTK here.
 add_library(pindle_export_core STATIC
-  src/export/command_line.cxx
-  src/export/utf8_text.cxx
-  src/export/todo_view.cxx
   src/export/csv_writer.cxx
   src/export/ics_writer.cxx
   src/export/json_writer.cxx
   src/export/export_options.cxx)
 target_include_directories(pindle_export_core PUBLIC src/export)
-# libical, the one iCalendar path: the writer builds its VTODOs with it, and pindle_sync builds
-# and reads the same VTODOs through that writer and libical's parser.
-target_link_libraries(pindle_export_core PUBLIC pindle_data PkgConfig::LIBICAL)
+target_link_libraries(pindle_export_core PUBLIC pindle_calendar PRIVATE pindle_cli)
 
 add_executable(pindle_export src/export/main.cxx)
 target_link_libraries(pindle_export PRIVATE pindle_export_core)

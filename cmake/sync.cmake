@@ -1,6 +1,6 @@
 # pindle_sync: two-way sync of a data folder with a CalDAV task collection. The classes form a
 # library of their own so that the unit tests and the fuzz target use them without the command
-# line; it links the data layer and the export's iCalendar writer, never the user interface.
+# line; it links the data layer and the calendar mapping, never the export or the interface.
 
 set(pindle_sync_sources
   src/sync/credentials.cxx
@@ -10,15 +10,14 @@ set(pindle_sync_sources
   src/sync/progress.cxx
   src/sync/record_digest.cxx
   src/sync/remote_scan.cxx
-  src/sync/server_todo.cxx
   src/sync/sync_options.cxx
   src/sync/sync_session.cxx
   src/sync/sync_state.cxx
   src/sync/task_writer.cxx)
 add_library(pindle_sync_core STATIC ${pindle_sync_sources})
 target_include_directories(pindle_sync_core PUBLIC src/sync)
-target_link_libraries(pindle_sync_core PUBLIC pindle_export_core PkgConfig::LIBCURL
-                      PkgConfig::PUGIXML nlohmann_json::nlohmann_json)
+target_link_libraries(pindle_sync_core PUBLIC pindle_calendar PkgConfig::LIBCURL
+                      PkgConfig::PUGIXML nlohmann_json::nlohmann_json PRIVATE pindle_cli)
 
 add_executable(pindle_sync src/sync/main.cxx)
 target_link_libraries(pindle_sync PRIVATE pindle_sync_core)
@@ -28,7 +27,6 @@ install(FILES packaging/pindle_sync.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 if(PINDLE_BUILD_TESTS)
   add_executable(sync_tests
     tests/sync/local_matcher_test.cxx
-    tests/sync/server_todo_test.cxx
     tests/sync/dav_xml_test.cxx)
   target_include_directories(sync_tests PRIVATE tests)
   target_link_libraries(sync_tests PRIVATE pindle_sync_core GTest::gtest_main)
@@ -54,8 +52,8 @@ if(PINDLE_FUZZ)
   set(sync_fuzz_flags -fsanitize=address,undefined -fno-sanitize-recover=all
       -fno-omit-frame-pointer)
   add_executable(server_reply_fuzzer fuzz/server_reply_fuzzer.cxx
-    src/sync/dav_xml.cxx src/sync/server_todo.cxx src/export/utf8_text.cxx)
-  target_include_directories(server_reply_fuzzer PRIVATE src/sync src/export)
+    src/sync/dav_xml.cxx src/calendar/server_todo.cxx)
+  target_include_directories(server_reply_fuzzer PRIVATE src/sync src/calendar)
   target_compile_options(server_reply_fuzzer PRIVATE ${sync_fuzz_flags} -fsanitize=fuzzer)
   target_link_options(server_reply_fuzzer PRIVATE ${sync_fuzz_flags} -fsanitize=fuzzer)
   target_link_libraries(server_reply_fuzzer PRIVATE pindle_data_fuzz PkgConfig::LIBICAL

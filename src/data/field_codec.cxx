@@ -1,6 +1,8 @@
 // Byte-level helpers for the fixed-size records of the data files.
 #include "field_codec.h"
 
+#include "utf8_text.h"
+
 #include <cstdint>
 #include <cstring>
 
@@ -20,41 +22,11 @@ int getInt32(const unsigned char* in) {
     return static_cast<int>(bits);
 }
 
-namespace {
-bool isContinuation(unsigned char byte) {
-    return (byte & 0xC0) == 0x80;
-}
-
-// The length of the UTF-8 sequence a lead byte starts, or 0 for any other byte.
-std::size_t sequenceLength(unsigned char byte) {
-    if (byte >= 0xC2 && byte <= 0xDF)
-        return 2;
-    if (byte >= 0xE0 && byte <= 0xEF)
-        return 3;
-    if (byte >= 0xF0 && byte <= 0xF4)
-        return 4;
-    return 0;
-}
-} // namespace
-
-std::size_t fitLength(const char* text, std::size_t length, std::size_t room) {
-    if (length <= room || !isContinuation(static_cast<unsigned char>(text[room])))
-        return length <= room ? length : room;
-    // The first byte left out continues a character: if that character starts before the cut,
-    // cut before it instead.
-    for (std::size_t back = 1; back <= 3 && back <= room; back++) {
-        auto byte = static_cast<unsigned char>(text[room - back]);
-        if (!isContinuation(byte))
-            return sequenceLength(byte) > back ? room - back : room;
-    }
-    return room;
-}
-
 void copyBounded(char* dest, const char* text, const char* limit) {
     if (dest >= limit)
         return;
     std::size_t room = static_cast<std::size_t>(limit - dest) - 1;
-    std::size_t length = fitLength(text, strnlen(text, room + 1), room);
+    std::size_t length = Utf8Text::fitLength(text, strnlen(text, room + 1), room);
     std::memmove(dest, text, length);
     dest[length] = '\0';
 }

@@ -10,13 +10,9 @@ namespace FieldCodec {
 void putInt32(unsigned char* out, int value);
 int getInt32(const unsigned char* in);
 
-// How many of the `length` bytes of `text` fit in `room` bytes: all of them if they fit, or else
-// the longest start that does not end inside a UTF-8 character. Bytes that do not form UTF-8
-// (Latin-1 from older files) count as characters of their own.
-std::size_t fitLength(const char* text, std::size_t length, std::size_t room);
-
 // Copies text into dest and terminates it, never touching limit or anything past it (limit is
-// one past the last byte the copy may use). Text that does not fit is cut as fitLength says.
+// one past the last byte the copy may use). Text that does not fit is cut between characters,
+// as Utf8Text::fitLength says.
 void copyBounded(char* dest, const char* text, const char* limit);
 
 // Writes a string field of `size` bytes: its bytes up to and including the terminator, then

@@ -13,7 +13,7 @@ struct ExportOptions {
     bool help = false;
 
     // Reads argv[1..argc-1]. On a mistake returns false with a one-line reason in `error`.
-    // "--help" anywhere wins over everything else.
+    // "--help" wins over any mistake.
     static bool parse(int argc, const char* const* argv, ExportOptions& options,
                       std::string& error);
 

@@ -15,7 +15,7 @@ struct SyncOptions {
     bool help = false;
 
     // Reads argv[1..argc-1]. On a mistake returns false with a one-line reason in `error`.
-    // "--help" anywhere wins over everything else.
+    // "--help" wins over any mistake.
     static bool parse(int argc, const char* const* argv, SyncOptions& options, std::string& error);
 
     static const char* helpText();

@@ -4,6 +4,7 @@
 #include "cal_date.h"
 #include "local_matcher.h"
 #include "task_writer.h"
+#include "utf8_text.h"
 
 #include <cstring>
 #include <ctime>
@@ -14,7 +15,7 @@ namespace {
 
 std::string quoted(const TodoRecord& record) {
     return "\"" +
-           ServerTodo::fit(std::string(record.description, strnlen(record.description, 50)), 50) +
+           Utf8Text::fit(std::string(record.description, strnlen(record.description, 50)), 50) +
            "\"";
 }
 

@@ -1,7 +1,7 @@
 // Building a task's iCalendar with libical.
 #include "task_writer.h"
 
-#include "ics_writer.h"
+#include "vtodo_fields.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -33,14 +33,10 @@ icalcomponent* serverCalendar(const std::string& ics, icalcomponent*& vtodo) {
 }
 
 void stamp(icalcomponent* vtodo, icalproperty_kind kind, std::time_t now) {
-    while (icalproperty* p = icalcomponent_get_first_property(vtodo, kind)) {
-        icalcomponent_remove_property(vtodo, p);
-        icalproperty_free(p);
-    }
     icaltimetype utc = icaltime_from_timet_with_zone(now, 0, icaltimezone_get_utc_timezone());
     icalproperty* p = icalproperty_new(kind);
     icalproperty_set_value(p, icalvalue_new_datetime(utc));
-    icalcomponent_add_property(vtodo, p);
+    VtodoFields::replace(vtodo, p);
 }
 
 } // namespace
@@ -50,14 +46,14 @@ std::string build(const TodoRecord& record, const std::string& uid, const std::s
     icalcomponent* vtodo = nullptr;
     icalcomponent* calendar = serverCalendar(serverIcs, vtodo);
     if (calendar == nullptr) {
-        calendar = IcsWriter::newCalendar(kProdid);
+        calendar = VtodoFields::newCalendar(kProdid);
         vtodo = icalcomponent_new(ICAL_VTODO_COMPONENT);
         icalcomponent_add_property(vtodo, icalproperty_new_uid(uid.c_str()));
         icalcomponent_add_component(calendar, vtodo);
     }
     stamp(vtodo, ICAL_DTSTAMP_PROPERTY, now);
     stamp(vtodo, ICAL_LASTMODIFIED_PROPERTY, now);
-    IcsWriter::setFields(vtodo, TodoView(record));
+    VtodoFields::set(vtodo, TodoView(record));
     std::unique_ptr<char, decltype(&std::free)> text(icalcomponent_as_ical_string_r(calendar),
                                                      &std::free);
     icalcomponent_free(calendar);

@@ -1,6 +1,6 @@
 // The iCalendar a to-do goes up as: the server's own copy of the task with the to-do's fields
 // put on it when there is one, so that what this program does not know of the task survives,
-// else a new VCALENDAR. The fields are set by the export's writer, the one iCalendar path.
+// else a new VCALENDAR. The fields are set by the calendar mapping, the one iCalendar path.
 #ifndef PINDLE_TASK_WRITER_H
 #define PINDLE_TASK_WRITER_H
 

@@ -2,7 +2,7 @@
 // past the limit; pastes are taken in hand and keep what fits.
 #include "byte_limit_input.h"
 
-#include "field_codec.h"
+#include "utf8_text.h"
 
 #include <FL/Fl.H>
 
@@ -41,7 +41,7 @@ int ByteLimitInput::paste() {
     // Fl_Input drops trailing white space from a paste into a one-line field; so does this.
     while (length > 0 && std::isspace(static_cast<unsigned char>(text[length - 1])))
         length--;
-    length = FieldCodec::fitLength(text, length, static_cast<std::size_t>(room()));
+    length = Utf8Text::fitLength(text, length, static_cast<std::size_t>(room()));
     if (length > 0)
         replace(position(), mark(), text, static_cast<int>(length));
     return 1;

@@ -1,7 +1,7 @@
 // The notes editor's paste, done as the toolkit's own but on the bytes the paste brought.
 #include "notes_editor.h"
 
-#include "field_codec.h"
+#include "utf8_text.h"
 
 #include <FL/Fl.H>
 #include <FL/fl_ask.H>
@@ -22,7 +22,7 @@ int NotesEditor::paste() {
         return 1;
     }
     std::string pasted(text, static_cast<std::size_t>(Fl::event_length()));
-    pasted.resize(FieldCodec::fitLength(pasted.data(), pasted.size(), pasteMax_));
+    pasted.resize(Utf8Text::fitLength(pasted.data(), pasted.size(), pasteMax_));
     buffer()->remove_selection();
     if (insert_mode())
         insert(pasted.c_str());

@@ -59,23 +59,6 @@ TEST(ServerTodo, RefusesWhatHoldsNoTask) {
         EXPECT_FALSE(ServerTodo::parse(ics, todo)) << ics;
 }
 
-// Server texts are made UTF-8 first, then cut as every field is.
-TEST(ServerTodo, FitsTextsAtCharacterBoundaries) {
-    const std::string euro = "\xe2\x82\xac";
-    struct Case {
-        std::string text;
-        std::size_t bytes;
-        std::string fitted;
-    } cases[] = {
-        {euro + euro, 5, euro},
-        {"\xe9t\xe9", 3, "\xc3\xa9t"},            // Latin-1 bytes become two each
-        {"ok\xe2\x82", 50, "ok\xc3\xa2\xc2\x82"}, // a cut-off sequence is not UTF-8
-        {"", 0, ""},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(ServerTodo::fit(c.text, c.bytes), c.fitted) << c.text << " " << c.bytes;
-}
-
 TEST(ServerTodo, DigestIgnoresTodayButNotAMissingDate) {
     ServerTodo a, b;
     ASSERT_TRUE(ServerTodo::parse(calendar("SUMMARY:x\r\n"), a));

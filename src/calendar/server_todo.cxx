@@ -1,7 +1,6 @@
 // Mapping a VTODO onto a to-do's fields.
 #include "server_todo.h"
 
-#include "field_codec.h"
 #include "fnv_hash.h"
 #include "utf8_text.h"
 
@@ -63,10 +62,10 @@ bool isCompleted(icalcomponent* vtodo) {
 void read(icalcomponent* vtodo, ServerTodo& out) {
     out.uid = textOf(vtodo, ICAL_UID_PROPERTY);
     out.summary =
-        ServerTodo::fit(oneLine(textOf(vtodo, ICAL_SUMMARY_PROPERTY)), ServerTodo::kLineBytes);
-    out.notes = ServerTodo::fit(textOf(vtodo, ICAL_DESCRIPTION_PROPERTY), TodoRecord::kNotesMax);
+        Utf8Text::fit(oneLine(textOf(vtodo, ICAL_SUMMARY_PROPERTY)), ServerTodo::kLineBytes);
+    out.notes = Utf8Text::fit(textOf(vtodo, ICAL_DESCRIPTION_PROPERTY), TodoRecord::kNotesMax);
     out.category =
-        ServerTodo::fit(oneLine(textOf(vtodo, ICAL_CATEGORIES_PROPERTY)), ServerTodo::kLineBytes);
+        Utf8Text::fit(oneLine(textOf(vtodo, ICAL_CATEGORIES_PROPERTY)), ServerTodo::kLineBytes);
     if (out.category.empty())
         out.category = ServerTodo::kDefaultCategory;
     out.priority = priorityOf(vtodo);
@@ -116,10 +115,4 @@ std::uint64_t ServerTodo::digest() const {
     hash.addInt(priority);
     hash.addInt(completed ? 1 : 0);
     return hash.value();
-}
-
-std::string ServerTodo::fit(const std::string& text, std::size_t bytes) {
-    std::string valid = Utf8Text::fromBytes(text.data(), text.size());
-    valid.resize(FieldCodec::fitLength(valid.data(), valid.size(), bytes));
-    return valid;
 }

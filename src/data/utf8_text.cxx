@@ -1,4 +1,5 @@
-// Validation of UTF-8 sequences and the Latin-1 fallback for bytes outside them.
+// Validation of UTF-8 sequences, cuts between characters, and the Latin-1 fallback for bytes
+// outside well-formed sequences.
 #include "utf8_text.h"
 
 namespace Utf8Text {
@@ -51,6 +52,22 @@ std::size_t sequenceLength(const unsigned char* bytes, std::size_t available) {
     return length;
 }
 
+std::size_t fitLength(const char* text, std::size_t length, std::size_t room) {
+    if (length <= room)
+        return length;
+    const auto* bytes = reinterpret_cast<const unsigned char*>(text);
+    if (!isContinuation(bytes[room]))
+        return room;
+    // The first byte left out may continue a character that starts before the cut, at most
+    // three bytes back: then the cut goes before that character.
+    for (std::size_t back = 1; back <= 3 && back <= room; back++) {
+        if (!isContinuation(bytes[room - back]))
+            return sequenceLength(bytes + room - back, length - room + back) > back ? room - back
+                                                                                    : room;
+    }
+    return room;
+}
+
 std::string fromBytes(const char* bytes, std::size_t size) {
     const auto* in = reinterpret_cast<const unsigned char*>(bytes);
     std::string out;
@@ -67,6 +84,12 @@ std::string fromBytes(const char* bytes, std::size_t size) {
         i += length;
     }
     return out;
+}
+
+std::string fit(const std::string& text, std::size_t room) {
+    std::string valid = fromBytes(text.data(), text.size());
+    valid.resize(fitLength(valid.data(), valid.size(), room));
+    return valid;
 }
 
 } // namespace Utf8Text

@@ -34,10 +34,6 @@ struct ServerTodo {
 
     // Changes only when a mapped field changes; "no due date" is part of it, today's date is not.
     std::uint64_t digest() const;
-
-    // `text` as valid UTF-8 (bytes outside well-formed sequences read as Latin-1), cut to at
-    // most `bytes` bytes without splitting a character.
-    static std::string fit(const std::string& text, std::size_t bytes);
 };
 
 #endif

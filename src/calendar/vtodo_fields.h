@@ -1,0 +1,30 @@
+// A to-do's fields on a VTODO (RFC 5545), set with libical: the one way both the export and the
+// sync write a to-do as iCalendar. libical does the escaping and the folding of lines.
+#ifndef PINDLE_VTODO_FIELDS_H
+#define PINDLE_VTODO_FIELDS_H
+
+#include "todo_view.h"
+
+#include <libical/ical.h>
+#include <string>
+
+namespace VtodoFields {
+
+// Puts the to-do's SUMMARY, DESCRIPTION, DUE, PRIORITY, STATUS and first CATEGORIES on
+// `vtodo`, replacing those it has; everything else it carries (further categories, alarms, a
+// start date) stays. A field the to-do lacks is removed.
+void set(icalcomponent* vtodo, const TodoView& todo);
+
+// Puts `property` on `vtodo` in place of every property of its kind there; `vtodo` owns it.
+void replace(icalcomponent* vtodo, icalproperty* property);
+
+// A VCALENDAR of VERSION and PRODID, holding nothing yet.
+icalcomponent* newCalendar(const char* prodid);
+
+// Text as iCalendar may hold it: line breaks made LF, other control characters but tab
+// dropped. Escaping is libical's.
+std::string cleanText(const std::string& text);
+
+} // namespace VtodoFields
+
+#endif

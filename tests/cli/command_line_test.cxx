@@ -1,0 +1,84 @@
+// The companions' command line: the conventions of getopt_long (either spelling of a value, an
+// unambiguous start of a name, "--" ending the options, help wherever an option may stand
+// winning over any mistake) and a one-line reason for each mistake.
+#include "command_line.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Parsed {
+    std::string format, dir;
+    bool dryRun = false, allowHttp = false, help = false;
+    std::string error;
+    bool ok = false;
+};
+
+Parsed parse(std::vector<const char*> args) {
+    Parsed p;
+    CommandLine line;
+    line.option("--format", &p.format);
+    line.option("--dir", &p.dir);
+    line.flag("--dry-run", &p.dryRun);
+    line.flag("--allow-http", &p.allowHttp);
+    args.insert(args.begin(), "program");
+    p.ok = line.parse(static_cast<int>(args.size()), args.data(), p.help, p.error);
+    return p;
+}
+
+TEST(CommandLine, ReadsValuesAndFlagsTheWayGetoptDoes) {
+    const struct {
+        std::vector<const char*> args;
+        const char *format, *dir;
+        bool dryRun, allowHttp;
+    } cases[] = {
+        {{"--format", "csv", "--dir=/tmp"}, "csv", "/tmp", false, false},
+        {{"--format=ics", "--format", "json"}, "json", "", false, false}, // the last one wins
+        {{"--form", "csv", "--dr", "--al"}, "csv", "", true, true},       // unambiguous starts
+        {{"--dir", "--dry-run"}, "", "--dry-run", false, false},          // a value as it stands
+        {{"--dir="}, "", "", false, false},
+        {{}, "", "", false, false},
+    };
+    for (const auto& c : cases) {
+        Parsed p = parse(c.args);
+        EXPECT_TRUE(p.ok) << p.error;
+        EXPECT_EQ(p.format, c.format);
+        EXPECT_EQ(p.dir, c.dir);
+        EXPECT_EQ(p.dryRun, c.dryRun);
+        EXPECT_EQ(p.allowHttp, c.allowHttp);
+        EXPECT_FALSE(p.help);
+    }
+}
+
+TEST(CommandLine, SaysWhatIsWrongUnlessHelpIsAsked) {
+    const struct {
+        std::vector<const char*> args;
+        const char* error;
+    } cases[] = {
+        {{"--format"}, "option --format needs a value"},
+        {{"--formats=csv"}, "unknown option '--formats=csv'"},
+        {{"--d", "x"}, "ambiguous option '--d' (--dir, --dry-run)"},
+        {{"--dry-run=yes"}, "option --dry-run takes no value"},
+        {{"-x"}, "unknown option '-x'"},
+        {{"--format", "csv", "-"}, "unexpected argument '-'"},
+        {{"--", "--format", "csv"}, "unexpected argument '--format'"},
+        {{"stray", "--bad"}, "unknown option '--bad'"}, // options are read before the rest
+    };
+    for (const auto& c : cases) {
+        Parsed p = parse(c.args);
+        EXPECT_FALSE(p.ok);
+        EXPECT_EQ(p.error, c.error);
+        std::vector<const char*> asking = c.args;
+        asking.insert(asking.begin(), c.args.size() % 2 ? "-h" : "--help");
+        p = parse(asking);
+        EXPECT_TRUE(p.ok && p.help && p.error.empty()) << c.error;
+    }
+    EXPECT_TRUE(parse({"-xh"}).help) << "short options run together";
+    EXPECT_TRUE(parse({"--dir", "x", "stray", "--help"}).help) << "after a stray argument";
+    EXPECT_EQ(parse({"--format", "-h"}).format, "-h") << "a value, not a call for help";
+}
+
+} // namespace

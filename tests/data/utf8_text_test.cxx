@@ -1,0 +1,72 @@
+// UTF-8 in record bytes: texts cut to their fields never inside a character, whatever the bytes,
+// and made valid UTF-8 for the companions, each byte outside a well-formed sequence read as its
+// Latin-1 character.
+#include "field_codec.h"
+#include "utf8_text.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+TEST(Utf8Text, CutsTextsOnlyBetweenCharacters) {
+    struct Case {
+        std::string text;
+        std::size_t room;
+        std::size_t fit;
+    };
+    const Case cases[] = {
+        {"abc", 5, 3},                      // fits whole
+        {"abcdef", 3, 3},                   // plain ASCII cut
+        {"a\xC3\xA9z", 2, 1},               // "é" would be split
+        {"a\xC3\xA9z", 3, 3},               // "é" just fits
+        {"\xE2\x82\xAC\xE2\x82\xAC", 4, 3}, // the second "€" would be split after one byte
+        {"\xE2\x82\xAC\xE2\x82\xAC", 5, 3}, // ... or after two
+        {"\xF0\x9F\x98\x80!", 3, 0},        // nothing of a four-byte character
+        {"\xF0\x9F\x98\x80!", 4, 4},
+        {"caf\xE9 ok", 4, 4},           // Latin-1 "é": a character of one byte
+        {"\x80\x80\x80\x80\x80", 2, 2}, // stray continuation bytes count one each
+        {"a\xC3\xA9\x80", 3, 3},        // a stray byte after a whole "é"
+        {"a\xE0\x80\xAF", 2, 2},        // an overlong form is three characters, not one
+        {"\xED\xA0\x80", 1, 1},         // so is a surrogate
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(Utf8Text::fitLength(c.text.data(), c.text.size(), c.room), c.fit)
+            << c.text << " in " << c.room;
+}
+
+// Texts from elsewhere (a server) are made UTF-8 first, then cut as every field is.
+TEST(Utf8Text, BoundedCopiesAndFitsEndOnACharacter) {
+    char field[4];
+    FieldCodec::copyBounded(field, "ab\xC3\xA9", field + sizeof field);
+    EXPECT_STREQ(field, "ab");
+    const std::string euro = "\xe2\x82\xac";
+    struct Case {
+        std::string text;
+        std::size_t bytes;
+        std::string fitted;
+    } cases[] = {
+        {euro + euro, 5, euro},
+        {"\xe9t\xe9", 3, "\xc3\xa9t"},            // Latin-1 bytes become two each
+        {"ok\xe2\x82", 50, "ok\xc3\xa2\xc2\x82"}, // a cut-off sequence is not UTF-8
+        {"", 0, ""},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(Utf8Text::fit(c.text, c.bytes), c.fitted) << c.text << " " << c.bytes;
+}
+
+TEST(Utf8Text, KeepsWellFormedTextAndReadsTheRestAsLatin1) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"x\xe2\x82", "x\xc3\xa2\xc2\x82"},                       // cut by the end
+        {"\xc0\xaf", "\xc3\x80\xc2\xaf"},                         // overlong
+        {"\xe0\x80\xaf", "\xc3\xa0\xc2\x80\xc2\xaf"},             // overlong, three bytes
+        {"\xf4\x90\x80\x80", "\xc3\xb4\xc2\x90\xc2\x80\xc2\x80"}, // past U+10FFFF
+        {"\x80", "\xc2\x80"},                                     // a lone continuation
+        {std::string("abc\xc3\xa9", 4), "abc\xc3\x83"},           // the size given ends it
+    };
+    for (const auto& [bytes, text] : cases)
+        EXPECT_EQ(Utf8Text::fromBytes(bytes.data(), bytes.size()), text) << bytes;
+}
+
+} // namespace
