@@ -27,7 +27,8 @@ install(FILES packaging/pindle_sync.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 if(PINDLE_BUILD_TESTS)
   add_executable(sync_tests
     tests/sync/local_matcher_test.cxx
-    tests/sync/dav_xml_test.cxx)
+    tests/sync/dav_xml_test.cxx
+    tests/sync/task_writer_test.cxx)
   target_include_directories(sync_tests PRIVATE tests)
   target_link_libraries(sync_tests PRIVATE pindle_sync_core GTest::gtest_main)
   gtest_discover_tests(sync_tests DISCOVERY_MODE PRE_TEST)

@@ -1,6 +1,7 @@
 // Saves in place: long random runs of changes, saves, reloads and changes made by others, each
 // save checked against the whole encoding and the bytes it had to write.
 #include "support/save_sequence.h"
+#include "support/store_helpers.h"
 #include "support/temp_dir.h"
 
 #include <chrono>
@@ -42,6 +43,28 @@ TEST_F(InPlaceSave, UnchangedSaveWritesNothingButMovesTheModificationTime) {
     EXPECT_EQ(second.st_ino, first.st_ino);
     EXPECT_NE(second.st_mtim.tv_nsec + second.st_mtim.tv_sec * 1000000000LL,
               first.st_mtim.tv_nsec + first.st_mtim.tv_sec * 1000000000LL);
+}
+
+// A save writes a record when its digest changed; an edit that only moves bytes from one text
+// to the next must change it too, or the file would keep the old texts.
+TEST_F(InPlaceSave, AnEditThatOnlyMovesBytesBetweenTextsIsSaved) {
+    const std::pair<TodoFields, TodoFields> edits[] = {
+        {{1, 1, 2030, 0, 0, "ab", "c", ""}, {1, 1, 2030, 0, 0, "a", "bc", ""}},
+        {{1, 1, 2030, 0, 0, "a", "b", "c"}, {1, 1, 2030, 0, 0, "a", "", "bc"}},
+        {{1, 1, 2030, 0, 0, "", "", "x"}, {1, 1, 2030, 0, 0, "", "x", ""}},
+    };
+    for (const auto& [before, after] : edits) {
+        writeFile("pindle_todo.db", todoFile({before}));
+        {
+            ScopedStore<TodoStore> store;
+            TodoRecord* r = store.at(0);
+            r->setCategory(after.category.c_str());
+            r->setDescription(after.description.c_str());
+            r->setNotes(after.notes.c_str());
+            store.save();
+        }
+        EXPECT_TRUE(readFile("pindle_todo.db") == todoFile({after})) << after.description;
+    }
 }
 
 } // namespace

@@ -27,274 +27,207 @@ struct Writer {
     DataFolder folder{todos, categories};
 };
 
-TodoRecord* todo(const char* description, const char* category, bool completed = false) {
+TodoRecord* todo(const char* description, const char* category) {
     auto* r = new TodoRecord;
     r->setCategory(category);
     r->setDescription(description);
-    r->completed = completed ? 1 : 0;
     return r;
 }
 
-// "description:category", a "*" after a completed one.
-std::vector<std::string> listed(const TodoStore& store) {
-    std::vector<std::string> out;
-    for (int i = 0; i < store.count(); i++) {
-        const TodoRecord* r = store.at(i);
-        out.push_back(std::string(r->description) + ":" + r->category + (r->completed ? "*" : ""));
+// The to-dos as "description:category" ("*" after a completed one), then the categories.
+std::string listed(const Writer& w) {
+    std::string out;
+    for (int i = 0; i < w.todos.count(); i++) {
+        const TodoRecord* r = w.todos.at(i);
+        out += std::string(r->description) + ":" + r->category + (r->completed ? "* " : " ");
     }
+    out += "|";
+    for (int i = 0; i < w.categories.count(); i++)
+        out += std::string(" ") + w.categories.at(i)->name;
     return out;
 }
 
-std::vector<std::string> listed(const CategoryStore& store) {
-    std::vector<std::string> out;
-    for (int i = 0; i < store.count(); i++)
-        out.emplace_back(store.at(i)->name);
-    return out;
-}
-
-TodoRecord* byDescription(TodoStore& store, const char* description) {
-    for (int i = 0; i < store.count(); i++) {
-        if (std::strcmp(store.at(i)->description, description) == 0)
-            return store.at(i);
-    }
-    return nullptr;
-}
-
-CategoryRecord* byName(CategoryStore& store, const char* name) {
-    return store.find(name);
-}
-
-// The other program's changes, made and saved by a writer of its own.
-using Foreign = std::function<void(Writer&)>;
-
-Foreign addTodo(const char* description, const char* category) {
-    return [=](Writer& w) { w.todos.append(todo(description, category)); };
-}
-Foreign editTodo(const char* from, const char* to) {
-    return [=](Writer& w) { byDescription(w.todos, from)->setDescription(to); };
-}
-Foreign deleteTodo(const char* description) {
-    return [=](Writer& w) { w.todos.remove(byDescription(w.todos, description)); };
-}
-Foreign purge() {
-    return [](Writer& w) { w.todos.purgeCompleted(); };
-}
-Foreign renameCategory(const char* from, const char* to) {
-    return [=](Writer& w) { byName(w.categories, from)->setName(to); };
-}
-Foreign deleteCategory(const char* name) {
-    return [=](Writer& w) { w.categories.remove(byName(w.categories, name)); };
-}
-
-// A change made here as the window makes it: on a copy of what was picked before the other
-// program wrote, applied inside a Change to whatever the files hold by then.
-struct Local {
-    const char* todo = nullptr;     // the to-do picked, by description
-    const char* category = nullptr; // the category picked
-    std::function<void(Writer&, const TodoRecord* picked, int at)> todoChange;
-    std::function<void(Writer&, const CategoryRecord* picked, int at)> categoryChange;
+// One writer's action, on the to-do or category named `what`.
+enum class Act { AddTodo, EditTodo, DeleteTodo, Purge, Reassign, AddCategory, Rename, Delete };
+struct Action {
+    Act act;
+    const char* what = "";
+    const char* to = "";
 };
 
-Local newTodo(const char* description) {
-    Local l;
-    l.todoChange = [=](Writer& w, const TodoRecord*, int) {
-        w.todos.append(todo(description, "Unassigned"));
-    };
-    return l;
-}
-Local editTodoHere(const char* from, const char* to) {
-    Local l;
-    l.todo = from;
-    l.todoChange = [=](Writer& w, const TodoRecord* picked, int at) {
-        TodoRecord* r = w.todos.findLike(*picked, at);
-        if (r == nullptr) {
-            r = new TodoRecord(*picked);
-            r->next = nullptr;
-            w.todos.append(r);
+// What an action acts on, copied with its position when it was picked.
+struct Picked {
+    TodoRecord todo;
+    int todoAt = -1;
+    CategoryRecord category;
+    int categoryAt = -1;
+};
+
+Picked pick(const Writer& w, const Action& a) {
+    Picked p;
+    for (int i = 0; i < w.todos.count(); i++) {
+        if (std::strcmp(w.todos.at(i)->description, a.what) == 0) {
+            p.todo = *w.todos.at(i);
+            p.todoAt = i;
         }
-        r->setDescription(to);
-    };
-    return l;
+    }
+    if (const CategoryRecord* c = w.categories.find(a.what)) {
+        p.category = *c;
+        p.categoryAt = w.categories.indexOf(c);
+    }
+    return p;
 }
-Local deleteTodoHere(const char* description) {
-    Local l;
-    l.todo = description;
-    l.todoChange = [](Writer& w, const TodoRecord* picked, int at) {
-        if (TodoRecord* r = w.todos.findLike(*picked, at))
-            w.todos.remove(r);
-    };
-    return l;
-}
-Local purgeHere() {
-    Local l;
-    l.todoChange = [](Writer& w, const TodoRecord*, int) { w.todos.purgeCompleted(); };
-    return l;
-}
-Local reassignHere() {
-    Local l;
-    l.todoChange = [](Writer& w, const TodoRecord*, int) {
+
+// As the window does it: what was picked is found again by its content, an edit of what is gone
+// added beside what is there, a delete of what is gone left undone.
+void apply(Writer& w, const Action& a, const Picked& p) {
+    TodoRecord* todo = w.todos.findLike(p.todo, p.todoAt);
+    CategoryRecord* category = w.categories.findLike(p.category, p.categoryAt);
+    switch (a.act) {
+    case Act::AddTodo:
+        w.todos.append(::todo(a.what, a.to));
+        break;
+    case Act::EditTodo:
+        if (todo == nullptr) {
+            todo = new TodoRecord(p.todo);
+            todo->next = nullptr;
+            w.todos.append(todo);
+        }
+        todo->setDescription(a.to);
+        break;
+    case Act::DeleteTodo:
+        if (todo != nullptr)
+            w.todos.remove(todo);
+        break;
+    case Act::Purge:
+        w.todos.purgeCompleted();
+        break;
+    case Act::Reassign:
         for (int i = 0; i < w.todos.count(); i++) {
             if (w.categories.find(w.todos.at(i)->category) == nullptr)
                 w.todos.at(i)->setCategory("Unassigned");
         }
-    };
-    return l;
-}
-Local newCategoryHere(const char* name) {
-    Local l;
-    l.categoryChange = [=](Writer& w, const CategoryRecord*, int) {
-        auto* c = new CategoryRecord;
-        c->setName(name);
-        w.categories.append(c);
-    };
-    return l;
-}
-Local renameCategoryHere(const char* from, const char* to) {
-    Local l;
-    l.category = from;
-    l.categoryChange = [=](Writer& w, const CategoryRecord* picked, int at) {
-        CategoryRecord* c = w.categories.findLike(*picked, at);
-        if (c == nullptr) {
-            c = new CategoryRecord;
-            w.categories.append(c);
+        break;
+    case Act::AddCategory:
+    case Act::Rename:
+        if (a.act == Act::AddCategory || category == nullptr) {
+            category = new CategoryRecord;
+            w.categories.append(category);
         }
-        c->setName(to);
-    };
-    return l;
-}
-Local deleteCategoryHere(const char* name) {
-    Local l;
-    l.category = name;
-    l.categoryChange = [](Writer& w, const CategoryRecord* picked, int at) {
-        if (CategoryRecord* c = w.categories.findLike(*picked, at))
-            w.categories.remove(c);
-    };
-    return l;
+        category->setName(a.to);
+        break;
+    case Act::Delete:
+        if (category != nullptr)
+            w.categories.remove(category);
+        break;
+    }
 }
 
-struct Row {
-    const char* name;
-    Foreign foreign;
-    Local local;
-    std::vector<std::string> todos;
-    std::vector<std::string> categories;
-};
+// Saves both stores: a store with nothing changed writes nothing.
+void actAndSave(Writer& w, const Action& a, const Picked& p) {
+    DataFolder::Change change(w.folder);
+    apply(w, a, p);
+    w.todos.save();
+    w.categories.save();
+}
 
-using SharedFolder = TempDirTest;
-
-// Runs the other program's change in a child process, or on a second writer in this one.
-void runForeign(const Foreign& change, bool inChild) {
-    auto apply = [&] {
-        Writer other;
-        DataFolder::Change lock(other.folder);
-        change(other);
-        other.categories.save();
-        other.todos.save();
-    };
-    if (!inChild)
-        return apply();
-    pid_t child = fork();
+// The other program's action, made by a writer of its own, in this process or another.
+void actElsewhere(const Action& a, bool inChild) {
+    pid_t child = inChild ? fork() : 0;
     if (child == 0) {
-        apply();
-        _exit(testing::Test::HasFailure() ? 1 : 0);
+        Writer other;
+        actAndSave(other, a, pick(other, a));
+        if (inChild)
+            _exit(testing::Test::HasFailure() ? 1 : 0);
+        return;
     }
     int status = 0;
     waitpid(child, &status, 0);
-    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
 }
 
+using SharedFolder = TempDirTest;
+
 // Each row: both writers load A, B (completed), C, D and the categories Unassigned, Work, Home;
-// this writer picks what its change needs, the other changes and saves the files, then this one
-// makes its change inside a Change and saves. The files, and the stores here, hold both intents.
-TEST_F(SharedFolder, AChangeAfterAnotherWriterKeepsBothIntents) {
-    const Row rows[] = {
+// this writer picks what its action needs, the other acts and saves, then this one acts inside a
+// Change and saves. The stores here, and a fresh load of the files, hold both intents.
+TEST_F(SharedFolder, AChangeAfterAnotherWritersKeepsBothIntents) {
+    const std::string start = "A:Work B:Home* C:Work D:Home ";
+    const struct {
+        const char* name;
+        Action foreign, local;
+        std::string files;
+    } rows[] = {
         {"both add",
-         addTodo("F", "Work"),
-         newTodo("L"),
-         {"A:Work", "B:Home*", "C:Work", "D:Home", "F:Work", "L:Unassigned"},
-         {"Unassigned", "Work", "Home"}},
+         {Act::AddTodo, "F", "Work"},
+         {Act::AddTodo, "L", "Unassigned"},
+         start + "F:Work L:Unassigned | Unassigned Work Home"},
         {"edits of two to-dos",
-         editTodo("D", "D2"),
-         editTodoHere("A", "A2"),
-         {"A2:Work", "B:Home*", "C:Work", "D2:Home"},
-         {"Unassigned", "Work", "Home"}},
+         {Act::EditTodo, "D", "D2"},
+         {Act::EditTodo, "A", "A2"},
+         "A2:Work B:Home* C:Work D2:Home | Unassigned Work Home"},
         {"an edit after an add",
-         addTodo("F", "Work"),
-         editTodoHere("C", "C2"),
-         {"A:Work", "B:Home*", "C2:Work", "D:Home", "F:Work"},
-         {"Unassigned", "Work", "Home"}},
+         {Act::AddTodo, "F", "Work"},
+         {Act::EditTodo, "C", "C2"},
+         "A:Work B:Home* C2:Work D:Home F:Work | Unassigned Work Home"},
         {"both edit one to-do: both kept",
-         editTodo("A", "A1"),
-         editTodoHere("A", "A2"),
-         {"A1:Work", "B:Home*", "C:Work", "D:Home", "A2:Work"},
-         {"Unassigned", "Work", "Home"}},
-        {"an edit of a to-do deleted there: kept",
-         deleteTodo("A"),
-         editTodoHere("A", "A2"),
-         {"B:Home*", "C:Work", "D:Home", "A2:Work"},
-         {"Unassigned", "Work", "Home"}},
+         {Act::EditTodo, "A", "A1"},
+         {Act::EditTodo, "A", "A2"},
+         "A1:Work B:Home* C:Work D:Home A2:Work | Unassigned Work Home"},
+        {"an edit of one deleted there: kept",
+         {Act::DeleteTodo, "A"},
+         {Act::EditTodo, "A", "A2"},
+         "B:Home* C:Work D:Home A2:Work | Unassigned Work Home"},
         {"deletes of two to-dos",
-         deleteTodo("C"),
-         deleteTodoHere("A"),
-         {"B:Home*", "D:Home"},
-         {"Unassigned", "Work", "Home"}},
-        {"a delete of a to-do changed there: kept",
-         editTodo("A", "A1"),
-         deleteTodoHere("A"),
-         {"A1:Work", "B:Home*", "C:Work", "D:Home"},
-         {"Unassigned", "Work", "Home"}},
+         {Act::DeleteTodo, "C"},
+         {Act::DeleteTodo, "A"},
+         "B:Home* D:Home | Unassigned Work Home"},
+        {"a delete of one changed there: kept",
+         {Act::EditTodo, "A", "A1"},
+         {Act::DeleteTodo, "A"},
+         "A1:Work B:Home* C:Work D:Home | Unassigned Work Home"},
         {"both delete one to-do",
-         deleteTodo("D"),
-         deleteTodoHere("D"),
-         {"A:Work", "B:Home*", "C:Work"},
-         {"Unassigned", "Work", "Home"}},
+         {Act::DeleteTodo, "D"},
+         {Act::DeleteTodo, "D"},
+         "A:Work B:Home* C:Work | Unassigned Work Home"},
         {"an add after a purge",
-         purge(),
-         newTodo("L"),
-         {"A:Work", "C:Work", "D:Home", "L:Unassigned"},
-         {"Unassigned", "Work", "Home"}},
+         {Act::Purge},
+         {Act::AddTodo, "L", "Unassigned"},
+         "A:Work C:Work D:Home L:Unassigned | Unassigned Work Home"},
         {"a purge after an add",
-         addTodo("F", "Home"),
-         purgeHere(),
-         {"A:Work", "C:Work", "D:Home", "F:Home"},
-         {"Unassigned", "Work", "Home"}},
-        {"a tab switch after a rename there",
-         renameCategory("Work", "Office"),
-         reassignHere(),
-         {"A:Unassigned", "B:Home*", "C:Unassigned", "D:Home"},
-         {"Unassigned", "Office", "Home"}},
-        {"a tab switch after an add in no category",
-         addTodo("F", "Errands"),
-         reassignHere(),
-         {"A:Work", "B:Home*", "C:Work", "D:Home", "F:Unassigned"},
-         {"Unassigned", "Work", "Home"}},
+         {Act::AddTodo, "F", "Home"},
+         {Act::Purge},
+         "A:Work C:Work D:Home F:Home | Unassigned Work Home"},
+        {"a tab switch after a rename",
+         {Act::Rename, "Work", "Office"},
+         {Act::Reassign},
+         "A:Unassigned B:Home* C:Unassigned D:Home | Unassigned Office Home"},
+        {"a tab switch after an add",
+         {Act::AddTodo, "F", "Errands"},
+         {Act::Reassign},
+         start + "F:Unassigned | Unassigned Work Home"},
         {"a new category after a rename",
-         renameCategory("Work", "Office"),
-         newCategoryHere("Errands"),
-         {"A:Work", "B:Home*", "C:Work", "D:Home"},
-         {"Unassigned", "Office", "Home", "Errands"}},
+         {Act::Rename, "Work", "Office"},
+         {Act::AddCategory, "", "Errands"},
+         start + "| Unassigned Office Home Errands"},
         {"renames of one category: both kept",
-         renameCategory("Home", "Casa"),
-         renameCategoryHere("Home", "House"),
-         {"A:Work", "B:Home*", "C:Work", "D:Home"},
-         {"Unassigned", "Work", "Casa", "House"}},
-        {"a rename of a category deleted there",
-         deleteCategory("Home"),
-         renameCategoryHere("Home", "House"),
-         {"A:Work", "B:Home*", "C:Work", "D:Home"},
-         {"Unassigned", "Work", "House"}},
+         {Act::Rename, "Home", "Casa"},
+         {Act::Rename, "Home", "House"},
+         start + "| Unassigned Work Casa House"},
+        {"a rename of one deleted there",
+         {Act::Delete, "Home"},
+         {Act::Rename, "Home", "House"},
+         start + "| Unassigned Work House"},
         {"a delete after a rename of another",
-         renameCategory("Work", "Office"),
-         deleteCategoryHere("Home"),
-         {"A:Work", "B:Home*", "C:Work", "D:Home"},
-         {"Unassigned", "Office"}},
+         {Act::Rename, "Work", "Office"},
+         {Act::Delete, "Home"},
+         start + "| Unassigned Office"},
         {"both delete one category",
-         deleteCategory("Work"),
-         deleteCategoryHere("Work"),
-         {"A:Work", "B:Home*", "C:Work", "D:Home"},
-         {"Unassigned", "Home"}},
+         {Act::Delete, "Work"},
+         {Act::Delete, "Work"},
+         start + "| Unassigned Home"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         for (bool inChild : {false, true}) {
             SCOPED_TRACE(std::string(row.name) + (inChild ? ", in another process" : ""));
             writeFile("pindle_todo.db", todoFile({{1, 1, 2030, 0, 0, "Work", "A", ""},
@@ -303,31 +236,11 @@ TEST_F(SharedFolder, AChangeAfterAnotherWriterKeepsBothIntents) {
                                                   {1, 1, 2030, 0, 0, "Home", "D", ""}}));
             writeFile("cat.db", categoryFile({"Unassigned", "Work", "Home"}));
             Writer here;
-            TodoRecord* pickedTodo =
-                row.local.todo ? byDescription(here.todos, row.local.todo) : nullptr;
-            const TodoRecord todoCopy = pickedTodo ? *pickedTodo : TodoRecord();
-            const int todoAt = here.todos.indexOf(pickedTodo);
-            CategoryRecord* pickedCategory =
-                row.local.category ? byName(here.categories, row.local.category) : nullptr;
-            const CategoryRecord categoryCopy = pickedCategory ? *pickedCategory : CategoryRecord();
-            const int categoryAt = here.categories.indexOf(pickedCategory);
-
-            runForeign(row.foreign, inChild);
-            {
-                DataFolder::Change change(here.folder);
-                if (row.local.todoChange) {
-                    row.local.todoChange(here, &todoCopy, todoAt);
-                    here.todos.save();
-                } else {
-                    row.local.categoryChange(here, &categoryCopy, categoryAt);
-                    here.categories.save();
-                }
-            }
-            EXPECT_EQ(listed(here.todos), row.todos);
-            EXPECT_EQ(listed(here.categories), row.categories);
-            Writer fresh;
-            EXPECT_EQ(listed(fresh.todos), row.todos);
-            EXPECT_EQ(listed(fresh.categories), row.categories);
+            const Picked picked = pick(here, row.local);
+            actElsewhere(row.foreign, inChild);
+            actAndSave(here, row.local, picked);
+            EXPECT_EQ(listed(here), row.files);
+            EXPECT_EQ(listed(Writer()), row.files);
             EXPECT_FALSE(here.todos.changedOnDisk() || here.categories.changedOnDisk());
         }
     }
@@ -350,17 +263,17 @@ TEST_F(SharedFolder, RefreshReadsAgainOnlyWhatChangedElsewhere) {
     EXPECT_EQ(reloaded(), std::make_pair(false, false)) << "its own saves";
     writeFile("cat.db", categoryFile({"Unassigned", "Theirs"}));
     EXPECT_EQ(reloaded(), std::make_pair(false, true));
-    EXPECT_EQ(listed(here.categories), (std::vector<std::string>{"Unassigned", "Theirs"}));
+    EXPECT_EQ(listed(here), "mine:Unassigned | Unassigned Theirs");
     std::filesystem::remove("cat.db");
     testing::internal::CaptureStderr();
     EXPECT_EQ(reloaded(), std::make_pair(false, true)) << "removed: as at a first start";
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "could not open file cat.db\nskipping over reading record\n");
-    EXPECT_EQ(listed(here.categories), std::vector<std::string>{"Unassigned"});
+    EXPECT_EQ(listed(here), "mine:Unassigned | Unassigned");
     writeFile("other", todoFile({{1, 1, 2030, 0, 0, "Work", "renamed over", ""}}));
     std::filesystem::rename("other", "pindle_todo.db");
     EXPECT_EQ(reloaded(), std::make_pair(true, false));
-    EXPECT_EQ(listed(here.todos), std::vector<std::string>{"renamed over:Work"});
+    EXPECT_EQ(listed(here), "renamed over:Work | Unassigned");
     testing::internal::CaptureStderr();
     std::filesystem::remove("pindle_todo.db");
     mkfifo("pindle_todo.db", 0600);

@@ -78,6 +78,8 @@ class Export(unittest.TestCase):
                  (["--format", "csv", "--dir"], 2, "option --dir needs a value"),
                  (["--format", "csv", "--dir="], 2, "option --dir needs a folder"),
                  (["--formats=csv"], 2, "unknown option '--formats=csv'"),
+                 (["--form", "csv", "--dir", folder, "--", "more"], 2,
+                  "unexpected argument 'more'"),
                  (["--format", "csv", "-"], 2, "unexpected argument '-'")]
         for args, status, reason in cases:
             result = run(args)
@@ -87,7 +89,9 @@ class Export(unittest.TestCase):
                                  "Try 'pindle_export --help'.\n")
                 self.assertEqual(result.stdout, b"", args)
         self.assertTrue(run(cases[1][0]).stdout.startswith(b"{"))
-        self.assertIn(b"Usage: pindle_export --format csv|ics|json", run(["--help"]).stdout)
+        result = run(["--help"])
+        with open(os.path.join(GOLDEN, "help.txt"), "rb") as f:
+            self.assertEqual((result.returncode, result.stdout, result.stderr), (0, f.read(), b""))
         self.assertEqual(run(["--format", "ics"], cwd=folder, stamp="soon").returncode, 2)
         self.assertEqual(run(["--format", "csv"], cwd=folder, stamp="soon").returncode, 0)
 

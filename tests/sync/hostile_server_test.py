@@ -1,13 +1,19 @@
 """pindle_sync against a server that sends what no well-behaved one would: huge texts, bytes that
 are not UTF-8, tasks missing their fields or holding odd ones, broken iCalendar and broken XML.
 Radicale validates what it stores, so this small server of our own answers every REPORT with the
-reply a test gives it. No reply may crash the sync or put anything outside its field.
+reply a test gives it. No reply may crash the sync or put anything outside its field. Also here,
+as they need no real server: the command line and its help, the progress shown on a terminal, and
+a data folder that cannot be written (a read-only file, a full file system).
 Usage: hostile_server_test.py PINDLE_SYNC"""
 
 import http.server
 import json
 import os
+import pty
+import shutil
+import subprocess
 import threading
+import time
 import unittest
 from xml.sax.saxutils import escape
 
@@ -17,6 +23,8 @@ import sync_fixture as fx
 class Hostile(http.server.BaseHTTPRequestHandler):
     reply = b""
     put_status = 201
+    put_seconds = 0
+    requests = 0
 
     def do_REPORT(self):
         self.rfile.read(int(self.headers.get("Content-Length", 0)))
@@ -24,9 +32,11 @@ class Hostile(http.server.BaseHTTPRequestHandler):
 
     def do_PUT(self):
         self.rfile.read(int(self.headers.get("Content-Length", 0)))
+        time.sleep(type(self).put_seconds)
         self.answer(type(self).put_status, b"", [("ETag", '"new"')])
 
     def answer(self, status, body, headers=()):
+        type(self).requests += 1
         self.send_response(status)
         for name, value in headers:
             self.send_header(name, value)
@@ -132,6 +142,131 @@ class HostileReplies(unittest.TestCase):
                 self.assertEqual(self.folder.todos(), [new])
                 with open(os.path.join(self.folder.path, ".pindle_sync.json")) as f:
                     self.assertEqual(json.load(f)["todos"], [])
+
+    def test_progress_on_a_terminal(self):
+        """A sync of a few hundred writes shows how far it is on stderr when that is a
+        terminal, once it takes longer than a moment, and ends the line it redraws."""
+        Hostile.reply = multistatus()
+        Hostile.put_seconds = 0.004
+        self.addCleanup(setattr, Hostile, "put_seconds", 0)
+        new = [fx.records.Todo(1, 2, 2030, 0, 0, b"Unassigned", b"New %d" % i, b"")
+               for i in range(300)]
+        self.folder = fx.Folder(new, [b"Unassigned"])
+        self.addCleanup(self.folder.close)
+        controller, terminal = pty.openpty()
+        process = subprocess.Popen([fx.PROGRAM, "--dir", self.folder.path, "--url", self.url,
+                                    "--user", fx.USER, "--password-file",
+                                    self.folder.password_file],
+                                   stdout=subprocess.PIPE, stderr=terminal)
+        os.close(terminal)
+        shown = b""
+        while True:
+            try:
+                chunk = os.read(controller, 4096)
+            except OSError:  # the terminal's other end closed
+                break
+            if not chunk:
+                break
+            shown += chunk
+        os.close(controller)
+        process.stdout.read()
+        process.stdout.close()
+        self.assertEqual(process.wait(), 0)
+        self.assertIn(b"pindle_sync: 300 of 300\r\n", shown)
+        self.assertTrue(shown.startswith(b"\rpindle_sync: "), shown[:40])
+
+
+def in_private_mounts(script, *args):
+    """Runs a shell script as root in a mount namespace of its own, so that what it mounts is
+    seen by nothing else; None where no such namespace can be made."""
+    if os.geteuid() != 0 or subprocess.run(["unshare", "--mount", "true"],
+                                           stderr=subprocess.DEVNULL).returncode != 0:
+        return None
+    return subprocess.run(["unshare", "--mount", "sh", "-euc", script, "sh", *args],
+                          stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=120)
+
+
+class UnwritableFolder(unittest.TestCase):
+    """A folder whose files cannot be written: refused before any request, or the state that
+    cannot be saved reported, with nothing half-written left behind."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Hostile)
+        cls.url = "http://127.0.0.1:%d/tasks/" % cls.server.server_address[1]
+        threading.Thread(target=cls.server.serve_forever, daemon=True).start()
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.server.shutdown()
+        cls.server.server_close()
+
+    def setUp(self):
+        Hostile.reply = multistatus()
+        self.folder = fx.Folder([fx.records.Todo(1, 2, 2030, 0, 0, b"Unassigned", b"A", b"")],
+                                [b"Unassigned"])
+        self.addCleanup(self.folder.close)
+
+    def sync_in(self, script):
+        """The sync run after `script` prepared the folder, $1, in private mounts; $6 holds a
+        copy of the folder's files."""
+        source = os.path.join(self.folder.dir.name, "source")
+        shutil.copytree(self.folder.path, source)
+        result = in_private_mounts(
+            script + '\n"$2" --dir "$1" --url "$3" --user "$4" --password-file "$5" || '
+            'echo "status $?"\nls -A "$1"',
+            self.folder.path, fx.PROGRAM, self.url, fx.USER, self.folder.password_file, source)
+        shutil.rmtree(source)
+        if result is None:
+            self.skipTest("needs root and a mount namespace of its own")
+        return result
+
+    def test_a_read_only_file_is_refused_before_any_request(self):
+        for name in ("pindle_todo.db", "cat.db"):
+            with self.subTest(name=name):
+                before = Hostile.requests
+                result = self.sync_in(f'mount --bind "$1/{name}" "$1/{name}"\n'
+                                      f'mount -o remount,bind,ro "$1/{name}"')
+                self.assertEqual(result.stderr.decode(), f"pindle_sync: cannot read and write "
+                                 f"{name}: Read-only file system\n")
+                self.assertIn(b"status 1\n", result.stdout)
+                self.assertEqual(Hostile.requests, before)
+
+    def test_a_state_that_cannot_be_written_is_reported_and_not_left_half(self):
+        result = self.sync_in('mount -t tmpfs -o size=64k tmpfs "$1"\n'
+                              'cp "$6"/pindle_todo.db "$6"/cat.db "$1"\n'
+                              'dd if=/dev/zero of="$1/filler" bs=1k 2>/dev/null || true')
+        self.assertEqual(result.stderr.decode(), "pindle_sync: cannot write .pindle_sync.json: "
+                         "No space left on device\n")
+        self.assertEqual(result.stdout.decode().split("\n"),
+                         ["status 1", "cat.db", "filler", "pindle_todo.db", ""])
+
+
+class CommandLine(unittest.TestCase):
+    def test_help_and_mistakes(self):
+        """The help is the documented text; a mistake gets one line, a pointer to the help and
+        status 2, before anything else is looked at."""
+        result = subprocess.run([fx.PROGRAM, "--help"], stdout=subprocess.PIPE,
+                                stderr=subprocess.PIPE)
+        golden = os.path.join(os.path.dirname(os.path.abspath(__file__)), "golden", "help.txt")
+        with open(golden, "rb") as f:
+            self.assertEqual((result.returncode, result.stdout, result.stderr),
+                             (0, f.read(), b""))
+        for args, reason in ((["--url"], "option --url needs a value"),
+                             (["--d", "x"], "ambiguous option '--d' (--dir, --dry-run)"),
+                             (["--dir=", "--url", "https://x/", "--user", "a"],
+                              "option --dir needs a folder"),
+                             (["--dir", ".", "--user", "a"], "give the task collection with"),
+                             (["--dir", ".", "--url", "https://x/"], "give the user name with"),
+                             (["--dir=.", "--url=https://x/", "--user=a", "extra"],
+                              "unexpected argument 'extra'")):
+            with self.subTest(args=args):
+                result = subprocess.run([fx.PROGRAM, *args], stdout=subprocess.PIPE,
+                                        stderr=subprocess.PIPE)
+                self.assertEqual(result.returncode, 2)
+                lines = result.stderr.decode().splitlines()
+                self.assertTrue(lines[0].startswith("pindle_sync: " + reason), lines)
+                self.assertEqual(lines[1:], ["Try 'pindle_sync --help'."])
 
 
 if __name__ == "__main__":

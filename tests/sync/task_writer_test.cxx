@@ -1,0 +1,77 @@
+// A to-do as the iCalendar it goes up as: a new task, or the server's own copy with the to-do's
+// fields put on it and everything else kept; stamped with the time of the upload either way.
+#include "server_todo.h"
+#include "support/store_helpers.h"
+#include "task_writer.h"
+
+#include <gtest/gtest.h>
+
+#include <libical/ical.h>
+#include <memory>
+#include <set>
+#include <string>
+
+namespace {
+
+using Component = std::unique_ptr<icalcomponent, decltype(&icalcomponent_free)>;
+
+std::string property(icalcomponent* vtodo, icalproperty_kind kind) {
+    icalproperty* p = icalcomponent_get_first_property(vtodo, kind);
+    return p == nullptr ? "-" : icalproperty_get_value_as_string(p);
+}
+
+TEST(TaskWriter, BuildsANewTaskOrPutsTheFieldsOnTheServersCopy) {
+    TodoRecord record;
+    std::string bytes = todoBytes({3, 1, 2030, 2, 1, "Work", "Ship it", "line 1\nline 2"});
+    record.decode(reinterpret_cast<const unsigned char*>(bytes.data()));
+    const std::string server = "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//phone//EN\r\n"
+                               "BEGIN:VTODO\r\nUID:theirs\r\nDTSTAMP:20200101T000000Z\r\n"
+                               "SUMMARY:old\r\nX-KEPT:yes\r\nEND:VTODO\r\nEND:VCALENDAR\r\n";
+    const struct {
+        const char* name;
+        std::string serverIcs;
+        const char *uid, *prodid, *kept;
+    } cases[] = {
+        {"new", "", "mine", "-//Pindle ToDo//pindle_sync//EN", "-"},
+        {"over the server's copy", server, "theirs", "-//phone//EN", "yes"},
+        {"over what is no task", "BEGIN:VCALENDAR\r\nEND:VCALENDAR\r\n", "mine",
+         "-//Pindle ToDo//pindle_sync//EN", "-"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        // 2030-03-01T12:00:00Z
+        std::string ics = TaskWriter::build(record, "mine", c.serverIcs, 1898596800);
+        Component calendar(icalparser_parse_string(ics.c_str()), &icalcomponent_free);
+        ASSERT_TRUE(calendar);
+        icalcomponent* vtodo =
+            icalcomponent_get_first_component(calendar.get(), ICAL_VTODO_COMPONENT);
+        ASSERT_NE(vtodo, nullptr);
+        EXPECT_EQ(property(calendar.get(), ICAL_PRODID_PROPERTY), c.prodid);
+        EXPECT_EQ(property(vtodo, ICAL_UID_PROPERTY), c.uid);
+        EXPECT_EQ(property(vtodo, ICAL_DTSTAMP_PROPERTY), "20300301T120000Z");
+        EXPECT_EQ(property(vtodo, ICAL_LASTMODIFIED_PROPERTY), "20300301T120000Z");
+        EXPECT_EQ(icalcomponent_count_properties(vtodo, ICAL_DTSTAMP_PROPERTY), 1);
+        EXPECT_EQ(property(vtodo, ICAL_X_PROPERTY), c.kept);
+        ServerTodo read;
+        ASSERT_TRUE(ServerTodo::parse(ics, read));
+        EXPECT_EQ(read.summary, "Ship it");
+        EXPECT_EQ(read.notes, "line 1\nline 2");
+        EXPECT_EQ(read.category, "Work");
+        EXPECT_EQ(std::make_tuple(read.year, read.month, read.day, read.priority, read.completed),
+                  std::make_tuple(2030, 3, 1, 3, true));
+    }
+}
+
+TEST(TaskWriter, NewUidsAreRandomAndLookAlike) {
+    std::set<std::string> uids;
+    for (int i = 0; i < 100; i++) {
+        std::string uid = TaskWriter::newUid();
+        EXPECT_EQ(uid.size(), 7u + 32u) << uid;
+        EXPECT_EQ(uid.rfind("pindle-", 0), 0u) << uid;
+        EXPECT_EQ(uid.find_first_not_of("0123456789abcdef", 7), std::string::npos) << uid;
+        uids.insert(uid);
+    }
+    EXPECT_EQ(uids.size(), 100u);
+}
+
+} // namespace
