@@ -78,8 +78,9 @@ bool DavClient::checkUrl(const std::string& url, bool allowHttp, std::string& er
     return error.empty();
 }
 
-DavClient::DavClient(const std::string& collectionUrl, const Credentials& credentials)
-    : curl_(curl_easy_init()), collectionUrl_(collectionUrl) {
+DavClient::DavClient(const std::string& collectionUrl, const Credentials& credentials,
+                     const std::string& caFile)
+    : curl_(curl_easy_init()), curlError_{}, caFile_(caFile), collectionUrl_(collectionUrl) {
     UrlHandle handle(curl_url(), &curl_url_cleanup);
     curl_url_set(handle.get(), CURLUPART_URL, collectionUrl.c_str(), 0);
     collectionPath_ = decode(urlPart(handle.get(), CURLUPART_PATH));
@@ -99,6 +100,10 @@ DavClient::DavClient(const std::string& collectionUrl, const Credentials& creden
     curl_easy_setopt(curl, CURLOPT_USERAGENT, "pindle_sync/1.5");
     curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, collectBody);
     curl_easy_setopt(curl, CURLOPT_HEADERFUNCTION, collectHeader);
+    curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, curlError_);
+    // The system's certificate folder stays trusted beside the file.
+    if (!caFile.empty())
+        curl_easy_setopt(curl, CURLOPT_CAINFO, caFile.c_str());
 }
 
 DavClient::~DavClient() {
@@ -111,6 +116,18 @@ std::string DavClient::urlFor(const std::string& path, CURLUPart part) const {
     if (!path.empty())
         curl_url_set(handle.get(), CURLUPART_PATH, path.c_str(), CURLU_URLENCODE);
     return urlPart(handle.get(), part);
+}
+
+// libcurl's words, with what to do where a person can do something about it.
+std::string DavClient::describe(int result) const {
+    std::string what = curlError_[0] != '\0' ? curlError_ : curl_easy_strerror(CURLcode(result));
+    if (result == CURLE_PEER_FAILED_VERIFICATION)
+        return "the server's certificate is not trusted (" + what +
+               "); if the server is your own, give its certificate, or the certificate of the "
+               "authority that signed it, with --ca-file FILE or ca_file in the settings";
+    if (result == CURLE_SSL_CACERT_BADFILE)
+        return "cannot use the CA file " + caFile_ + " (" + what + ")";
+    return what;
 }
 
 std::string DavClient::hrefFor(const std::string& path) const {
@@ -146,10 +163,11 @@ bool DavClient::send(const char* method, const std::string& path, const std::str
     requests_++;
     if (std::strcmp(method, "PUT") == 0 || std::strcmp(method, "DELETE") == 0)
         writes_++;
+    curlError_[0] = '\0';
     CURLcode result = curl_easy_perform(curl);
     curl_slist_free_all(list);
     if (result != CURLE_OK) {
-        error = curl_easy_strerror(result);
+        error = describe(result);
         return false;
     }
     curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &reply.status);

@@ -1,6 +1,7 @@
 // The connection to the CalDAV server: one libcurl handle, kept alive across requests, that
-// signs in, checks certificates, and sends WebDAV requests for paths inside the collection's
-// server. It counts what it sends, so that a sync with nothing new can show it cost one request.
+// signs in, checks certificates (the system's, and a CA file of the user's own), and sends WebDAV
+// requests for paths inside the collection's server. It counts what it sends, so that a sync with
+// nothing new can show it cost one request.
 #ifndef PINDLE_DAV_CLIENT_H
 #define PINDLE_DAV_CLIENT_H
 
@@ -22,7 +23,10 @@ public:
     // password, or is plain http to a host other than a loopback address without `allowHttp`.
     static bool checkUrl(const std::string& url, bool allowHttp, std::string& error);
 
-    DavClient(const std::string& collectionUrl, const Credentials& credentials);
+    // `caFile`, when given, holds certificates to trust besides the system's (a server of one's
+    // own with a self-signed certificate, or a private CA).
+    DavClient(const std::string& collectionUrl, const Credentials& credentials,
+              const std::string& caFile);
     ~DavClient();
     DavClient(const DavClient&) = delete;
     DavClient& operator=(const DavClient&) = delete;
@@ -43,8 +47,11 @@ public:
 
 private:
     std::string urlFor(const std::string& path, CURLUPart part) const;
+    std::string describe(int result) const;
 
     void* curl_;
+    char curlError_[CURL_ERROR_SIZE];
+    std::string caFile_;
     std::string collectionUrl_;
     std::string collectionPath_;
     int requests_ = 0;

@@ -17,6 +17,7 @@
 #include <cstdio>
 #include <cstring>
 #include <curl/curl.h>
+#include <filesystem>
 #include <iostream>
 #include <unistd.h>
 
@@ -136,7 +137,10 @@ int syncFolder(const SyncOptions& options, DavClient& client, Folder& folder) {
     return 0;
 }
 
-int syncIn(const SyncOptions& options, const Credentials& credentials) {
+int syncIn(SyncOptions options, const Credentials& credentials) {
+    // Named from where the sync was started, read after it entered the folder.
+    if (!options.caFile.empty())
+        options.caFile = std::filesystem::absolute(options.caFile);
     if (chdir(options.dir.c_str()) != 0)
         return fail(kFailed, "cannot enter folder " + options.dir + ": " + std::strerror(errno));
     FolderClaim claim(".", FolderClaim::Role::Sync);
@@ -151,7 +155,7 @@ int syncIn(const SyncOptions& options, const Credentials& credentials) {
     Folder folder;
     if (!folder.state.load(options.url, options.user, error))
         return fail(kFailed, error);
-    DavClient client(options.url, credentials);
+    DavClient client(options.url, credentials, options.caFile);
     return syncFolder(options, client, folder);
 }
 

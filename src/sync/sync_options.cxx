@@ -10,6 +10,7 @@ bool SyncOptions::parse(int argc, const char* const* argv, SyncOptions& options,
     line.option("--url", &options.url);
     line.option("--user", &options.user);
     line.option("--password-file", &options.passwordFile);
+    line.option("--ca-file", &options.caFile);
     line.flag("--dry-run", &options.dryRun);
     line.flag("--allow-http", &options.allowHttp);
     if (!line.parse(argc, argv, options.help, error) || options.help)
@@ -25,7 +26,7 @@ bool SyncOptions::parse(int argc, const char* const* argv, SyncOptions& options,
 
 const char* SyncOptions::helpText() {
     return R"(Usage: pindle_sync --url COLLECTION-URL --user NAME [--password-file FILE]
-                   [--dir FOLDER] [--dry-run] [--allow-http]
+                   [--dir FOLDER] [--ca-file FILE] [--dry-run] [--allow-http]
 
 Syncs the to-dos of Pindle ToDo (pindle_todo.db and cat.db in FOLDER, by default the current
 folder) both ways with one CalDAV task collection: what was added, changed, completed or
@@ -38,6 +39,9 @@ Options:
                         its owner may read or write (chmod 600). Without it the password
                         comes from PINDLE_SYNC_PASSWORD, else from ~/.netrc.
   --dir FOLDER          sync the files in FOLDER.
+  --ca-file FILE        trust the certificates in FILE (PEM) besides the system's: a
+                        server of your own with a self-signed certificate, or your own
+                        certificate authority.
   --dry-run             say what would change on each side, change nothing.
   --allow-http          allow plain http to a server that is not on this machine (the
                         password then crosses the network unencrypted).

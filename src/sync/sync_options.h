@@ -10,6 +10,7 @@ struct SyncOptions {
     std::string url;
     std::string user;
     std::string passwordFile;
+    std::string caFile;
     bool dryRun = false;
     bool allowHttp = false;
     bool help = false;
