@@ -1,5 +1,6 @@
 # The command-line companions, pindle_export and pindle_sync, and the libraries they need:
-# libical, libcurl, pugixml and nlohmann-json. Without them the program is built alone, with a
+# libical, libcurl, pugixml, nlohmann-json, libsecret (the desktop's keyring) and toml++ (the
+# sync's settings file). Without them the program is built alone, with a
 # note saying so; the test suites need the companions, so there the libraries are required.
 include(GNUInstallDirs)
 if(PINDLE_BUILD_TESTS)
@@ -10,13 +11,17 @@ if(PkgConfig_FOUND)
   pkg_check_modules(LIBICAL ${companion_need} IMPORTED_TARGET libical)
   pkg_check_modules(LIBCURL ${companion_need} IMPORTED_TARGET libcurl)
   pkg_check_modules(PUGIXML ${companion_need} IMPORTED_TARGET pugixml)
+  pkg_check_modules(LIBSECRET ${companion_need} IMPORTED_TARGET libsecret-1)
+  pkg_check_modules(TOMLPLUSPLUS ${companion_need} IMPORTED_TARGET tomlplusplus)
 endif()
 find_package(nlohmann_json 3 ${companion_need} QUIET)
-if(LIBICAL_FOUND AND LIBCURL_FOUND AND PUGIXML_FOUND AND nlohmann_json_FOUND)
+if(LIBICAL_FOUND AND LIBCURL_FOUND AND PUGIXML_FOUND AND nlohmann_json_FOUND AND LIBSECRET_FOUND
+   AND TOMLPLUSPLUS_FOUND)
   include(cmake/calendar.cmake)
   include(cmake/export.cmake)
   include(cmake/sync.cmake)
 else()
-  message(STATUS "pindle_export and pindle_sync are not built: libical, libcurl, pugixml or "
-                 "nlohmann-json is missing (scripts/install-deps.sh --companions installs them)")
+  message(STATUS "pindle_export and pindle_sync are not built: libical, libcurl, pugixml, "
+                 "nlohmann-json, libsecret or toml++ is missing (scripts/install-deps.sh "
+                 "--companions installs them)")
 endif()

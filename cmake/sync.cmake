@@ -7,22 +7,35 @@ set(pindle_sync_sources
   src/sync/dav_client.cxx
   src/sync/dav_xml.cxx
   src/sync/local_matcher.cxx
+  src/sync/private_file.cxx
   src/sync/progress.cxx
   src/sync/record_digest.cxx
+  src/sync/keyring.cxx
   src/sync/remote_scan.cxx
   src/sync/sync_options.cxx
+  src/sync/sync_settings.cxx
+  src/sync/sync_setup.cxx
   src/sync/sync_session.cxx
   src/sync/sync_state.cxx
   src/sync/task_writer.cxx)
 add_library(pindle_sync_core STATIC ${pindle_sync_sources})
 target_include_directories(pindle_sync_core PUBLIC src/sync)
 target_link_libraries(pindle_sync_core PUBLIC pindle_calendar PkgConfig::LIBCURL
-                      PkgConfig::PUGIXML nlohmann_json::nlohmann_json PRIVATE pindle_cli)
+                      PkgConfig::PUGIXML nlohmann_json::nlohmann_json PRIVATE pindle_cli
+                      PkgConfig::LIBSECRET PkgConfig::TOMLPLUSPLUS)
 
 add_executable(pindle_sync src/sync/main.cxx)
 target_link_libraries(pindle_sync PRIVATE pindle_sync_core)
 install(TARGETS pindle_sync RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES packaging/pindle_sync.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+
+# The systemd user units that run the sync by itself: installed, enabled by each user who wants
+# them (systemctl --user enable --now pindle-sync.timer pindle-sync.path). Units live under
+# lib/ whatever the system's library folder is called.
+configure_file(packaging/systemd/pindle-sync.service.in pindle-sync.service @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/pindle-sync.service packaging/systemd/pindle-sync.timer
+              packaging/systemd/pindle-sync.path packaging/systemd/pindle-sync-soon.timer
+        DESTINATION lib/systemd/user)
 
 if(PINDLE_BUILD_TESTS)
   add_executable(sync_tests
@@ -35,6 +48,12 @@ if(PINDLE_BUILD_TESTS)
 
   # Against a real Radicale server, started by each test on a free loopback port, with the
   # caldav module as a second device; and against a small hostile server of our own.
+  # The settings and the keyring: the script runs itself in a D-Bus session of its own, with
+  # a real gnome-keyring-daemon.
+  add_test(NAME sync_settings
+    COMMAND ${PINDLE_SYSTEM_PYTHON} ${CMAKE_SOURCE_DIR}/tests/sync/settings_test.py
+            $<TARGET_FILE:pindle_sync>)
+  set_tests_properties(sync_settings PROPERTIES TIMEOUT 300)
   foreach(script radicale hostile_server)
     add_test(NAME sync_${script}
       COMMAND ${PINDLE_SYSTEM_PYTHON} ${CMAKE_SOURCE_DIR}/tests/sync/${script}_test.py

@@ -12,12 +12,12 @@ constexpr int kFirstName = 1000;
 constexpr int kHelp = 999;
 } // namespace
 
-void CommandLine::option(const char* name, std::string* value) {
-    names_.push_back({name, value, nullptr});
+void CommandLine::option(const char* name, std::string* value, bool* given) {
+    names_.push_back({name, value, nullptr, given});
 }
 
 void CommandLine::flag(const char* name, bool* set) {
-    names_.push_back({name, nullptr, set});
+    names_.push_back({name, nullptr, set, nullptr});
 }
 
 // getopt_long says only that an argument was not taken: an unknown name, a start of two names,
@@ -35,6 +35,16 @@ std::string CommandLine::unknown(const char* argument) const {
     if (matches.find(',') != std::string::npos)
         return "ambiguous option '" + given + "' (" + matches + ")";
     return "unknown option '" + given + "'";
+}
+
+void CommandLine::take(const Name& name, const char* value) {
+    if (name.set != nullptr) {
+        *name.set = true;
+        return;
+    }
+    *name.value = value;
+    if (name.given != nullptr)
+        *name.given = true;
 }
 
 bool CommandLine::parse(int argc, const char* const* argv, bool& help, std::string& error) const {
@@ -63,10 +73,8 @@ bool CommandLine::parse(int argc, const char* const* argv, bool& help, std::stri
             mistake = "unknown option '-" + std::string(1, static_cast<char>(optopt)) + "'";
         else if (c == '?')
             mistake = unknown(args[optind - 1]);
-        else if (const Name& n = names_[static_cast<std::size_t>(c - kFirstName)]; n.set != nullptr)
-            *n.set = true;
         else
-            *n.value = optarg;
+            take(names_[static_cast<std::size_t>(c - kFirstName)], optarg);
         if (error.empty())
             error = mistake;
     }

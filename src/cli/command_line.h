@@ -12,8 +12,8 @@
 
 class CommandLine {
 public:
-    // `name` is given with its leading "--".
-    void option(const char* name, std::string* value);
+    // `name` is given with its leading "--"; `given`, if any, is set when the option is there.
+    void option(const char* name, std::string* value, bool* given = nullptr);
     void flag(const char* name, bool* set);
 
     // Reads argv[1..argc-1] into the fields. On a mistake returns false with a one-line reason
@@ -25,8 +25,10 @@ private:
         std::string name;
         std::string* value;
         bool* set;
+        bool* given;
     };
     std::string unknown(const char* argument) const;
+    static void take(const Name& name, const char* value);
 
     std::vector<Name> names_;
 };

@@ -1,6 +1,8 @@
 // Reading the password without leaving it anywhere but in memory.
 #include "credentials.h"
 
+#include "keyring.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -39,16 +41,23 @@ bool readPrivateFile(const std::string& name, std::string& text, std::string& er
 
 } // namespace
 
-bool Credentials::gather(const std::string& user, const std::string& passwordFile, Credentials& out,
-                         std::string& error) {
+bool Credentials::gather(const std::string& url, const std::string& user, const std::string& source,
+                         Credentials& out, std::string& error) {
     out.user = user;
-    if (!passwordFile.empty()) {
-        if (!readPrivateFile(passwordFile, out.password, error))
+    const char* fromEnv = std::getenv("PINDLE_SYNC_PASSWORD");
+    if (source.rfind("file:", 0) == 0) {
+        if (!readPrivateFile(source.substr(5), out.password, error))
             return false;
         out.password.resize(std::min(out.password.find_first_of("\r\n"), out.password.size()));
         return true;
     }
-    if (const char* fromEnv = std::getenv("PINDLE_SYNC_PASSWORD")) {
+    if (source == "keyring")
+        return Keyring::lookup(url, user, out.password, error);
+    if (source == "environment" && fromEnv == nullptr) {
+        error = "the settings take the password from PINDLE_SYNC_PASSWORD, which is not set";
+        return false;
+    }
+    if (fromEnv != nullptr && source != "netrc") {
         out.password = fromEnv;
         return true;
     }

@@ -1,6 +1,6 @@
-// Who signs in to the server: the user name and where the password comes from. The password is
-// read here from a private file or the environment and handed only to the HTTP client; with
-// neither, libcurl looks it up in ~/.netrc.
+// Who signs in to the server: the user name and the password, read here from where the settings
+// say (the desktop's keyring, a private file, the environment) and handed only to the HTTP
+// client; for ~/.netrc, libcurl looks it up itself.
 #ifndef PINDLE_CREDENTIALS_H
 #define PINDLE_CREDENTIALS_H
 
@@ -11,11 +11,12 @@ struct Credentials {
     std::string password;
     bool fromNetrc = false;
 
-    // The first line of `passwordFile` when one is named, else $PINDLE_SYNC_PASSWORD, else
-    // ~/.netrc. A file that its group or others may read or write is refused, as ssh refuses
-    // such keys.
-    static bool gather(const std::string& user, const std::string& passwordFile, Credentials& out,
-                       std::string& error);
+    // From `source`: "keyring" (the password of `user` at `url`), "environment"
+    // ($PINDLE_SYNC_PASSWORD), "netrc", or "file:PATH" (its first line; a file that its group or
+    // others may read or write is refused, as ssh refuses such keys). An empty source is the
+    // environment when the variable is set, else ~/.netrc.
+    static bool gather(const std::string& url, const std::string& user, const std::string& source,
+                       Credentials& out, std::string& error);
 };
 
 #endif

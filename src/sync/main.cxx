@@ -11,6 +11,8 @@
 #include "progress.h"
 #include "sync_options.h"
 #include "sync_session.h"
+#include "sync_settings.h"
+#include "sync_setup.h"
 #include "sync_state.h"
 
 #include <cerrno>
@@ -91,7 +93,7 @@ void add(SyncSession::Tally& total, const SyncSession::Tally& t) {
 
 // Reads the files again if they changed since the last look, takes the server's changes into
 // them and saves them with a state that matches, all under the folder's lock.
-bool settle(SyncSession& session, Folder& folder, bool dryRun, std::string& error) {
+bool merge(SyncSession& session, Folder& folder, bool dryRun, std::string& error) {
     DataFolder::Change change(folder.files);
     if (!checkFiles(folder.state, error))
         return false;
@@ -105,15 +107,15 @@ bool settle(SyncSession& session, Folder& folder, bool dryRun, std::string& erro
     return folder.state.save(error);
 }
 
-int syncFolder(const SyncOptions& options, DavClient& client, Folder& folder) {
+int syncFolder(bool dryRun, DavClient& client, Folder& folder) {
     Progress progress;
     SyncSession::Tally total;
     std::string failure;
     for (int pass = 0; pass < kPasses; pass++) {
         SyncSession session(client, folder.todos, folder.categories, folder.state, progress,
-                            options.dryRun);
+                            dryRun);
         std::string error;
-        if (!session.scan(error) || !settle(session, folder, options.dryRun, error))
+        if (!session.scan(error) || !merge(session, folder, dryRun, error))
             return fail(kFailed, error);
         session.send();
         for (const std::string& line : session.plan())
@@ -121,12 +123,12 @@ int syncFolder(const SyncOptions& options, DavClient& client, Folder& folder) {
         add(total, session.tally());
         if (failure.empty())
             failure = session.firstFailure();
-        if (!options.dryRun && !folder.state.save(error))
+        if (!dryRun && !folder.state.save(error))
             return fail(kFailed, error);
-        if (total.raced == 0 || options.dryRun)
+        if (total.raced == 0 || dryRun)
             break;
     }
-    if (options.dryRun)
+    if (dryRun)
         return 0;
     report(total, client.requests(), client.writes());
     if (total.raced > 0)
@@ -137,26 +139,47 @@ int syncFolder(const SyncOptions& options, DavClient& client, Folder& folder) {
     return 0;
 }
 
-int syncIn(SyncOptions options, const Credentials& credentials) {
+int syncIn(SyncSettings settings, bool dryRun, const Credentials& credentials) {
+    std::string error;
     // Named from where the sync was started, read after it entered the folder.
-    if (!options.caFile.empty())
-        options.caFile = std::filesystem::absolute(options.caFile);
-    if (chdir(options.dir.c_str()) != 0)
-        return fail(kFailed, "cannot enter folder " + options.dir + ": " + std::strerror(errno));
+    if (!settings.caFile.empty())
+        settings.caFile = std::filesystem::absolute(settings.caFile);
+    // The launcher's folder is made on first use, as the launcher makes it.
+    if (settings.folder == SyncSettings::dataFolder() &&
+        !SyncSettings::makePrivateFolder(settings.folder, error))
+        return fail(kFailed, error);
+    if (chdir(settings.folder.c_str()) != 0)
+        return fail(kFailed,
+                    "cannot enter folder " + settings.folder + ": " + std::strerror(errno));
     FolderClaim claim(".", FolderClaim::Role::Sync);
     if (claim.state() == FolderClaim::State::Busy)
-        return fail(kBusy, "another pindle_sync is already syncing " + options.dir +
+        return fail(kBusy, "another pindle_sync is already syncing " + settings.folder +
                                "; let it finish, then run this one again");
     if (claim.state() != FolderClaim::State::Held)
-        return fail(kFailed, "cannot lock folder " + options.dir);
-    std::string error;
+        return fail(kFailed, "cannot lock folder " + settings.folder);
     if (!checkFile("pindle_todo.db", error) || !checkFile("cat.db", error))
         return fail(kFailed, error);
     Folder folder;
-    if (!folder.state.load(options.url, options.user, error))
+    if (!folder.state.load(settings.url, settings.user, error))
         return fail(kFailed, error);
-    DavClient client(options.url, credentials, options.caFile);
-    return syncFolder(options, client, folder);
+    DavClient client(settings.url, credentials, settings.caFile);
+    return syncFolder(dryRun, client, folder);
+}
+
+// The settings file, then the command line over it.
+bool settle(const SyncOptions& options, SyncSettings& settings, std::string& error) {
+    bool found = false;
+    if (!settings.read(SyncSettings::filePath(), found, error))
+        return false;
+    if (!found && options.url.empty() && options.user.empty() && !options.setup) {
+        error = "not set up yet: run pindle_sync --setup --url COLLECTION-URL --user NAME once";
+        return false;
+    }
+    if (!settings.complete(options, found, error))
+        return false;
+    if (!DavClient::checkUrl(settings.url, settings.allowHttp, error))
+        error = settings.origin("url") + error;
+    return error.empty();
 }
 
 } // namespace
@@ -170,14 +193,20 @@ int main(int argc, char** argv) {
         std::cout << SyncOptions::helpText();
         return 0;
     }
-    if (!DavClient::checkUrl(options.url, options.allowHttp, error))
-        return fail(kUsage, error);
-    Credentials credentials;
-    if (!Credentials::gather(options.user, options.passwordFile, credentials, error))
-        return fail(kFailed, error);
+    SyncSettings settings;
+    if (!settle(options, settings, error))
+        return fail(kUsage, error + "\nTry 'pindle_sync --help'.");
     DataReport::setSink(reportFailuresOnly);
     curl_global_init(CURL_GLOBAL_DEFAULT);
-    int status = syncIn(options, credentials);
+    int status = 0;
+    Credentials credentials;
+    if (options.setup)
+        status = SyncSetup::run(settings, error) ? 0 : fail(kFailed, error);
+    else if (!Credentials::gather(settings.url, settings.user, settings.password, credentials,
+                                  error))
+        status = fail(kFailed, error);
+    else
+        status = syncIn(settings, options.dryRun, credentials);
     curl_global_cleanup();
     return status;
 }

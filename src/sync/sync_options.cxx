@@ -6,46 +6,55 @@
 bool SyncOptions::parse(int argc, const char* const* argv, SyncOptions& options,
                         std::string& error) {
     CommandLine line;
-    line.option("--dir", &options.dir);
+    line.option("--dir", &options.dir, &options.dirGiven);
     line.option("--url", &options.url);
     line.option("--user", &options.user);
     line.option("--password-file", &options.passwordFile);
     line.option("--ca-file", &options.caFile);
+    line.flag("--setup", &options.setup);
     line.flag("--dry-run", &options.dryRun);
     line.flag("--allow-http", &options.allowHttp);
-    if (!line.parse(argc, argv, options.help, error) || options.help)
-        return error.empty();
-    if (options.dir.empty())
-        error = "option --dir needs a folder";
-    else if (options.url.empty())
-        error = "give the task collection with --url";
-    else if (options.user.empty())
-        error = "give the user name with --user";
-    return error.empty();
+    return line.parse(argc, argv, options.help, error);
 }
 
 const char* SyncOptions::helpText() {
-    return R"(Usage: pindle_sync --url COLLECTION-URL --user NAME [--password-file FILE]
+    return R"(Usage: pindle_sync [--dry-run]
+       pindle_sync --setup --url COLLECTION-URL --user NAME [--password-file FILE]
+                   [--dir FOLDER] [--ca-file FILE] [--allow-http]
+       pindle_sync --url COLLECTION-URL --user NAME [--password-file FILE]
                    [--dir FOLDER] [--ca-file FILE] [--dry-run] [--allow-http]
 
-Syncs the to-dos of Pindle ToDo (pindle_todo.db and cat.db in FOLDER, by default the current
-folder) both ways with one CalDAV task collection: what was added, changed, completed or
-deleted on either side since the last sync reaches the other.
+Syncs the to-dos of Pindle ToDo (pindle_todo.db and cat.db in FOLDER) both ways with one
+CalDAV task collection: what was added, changed, completed or deleted on either side since
+the last sync reaches the other.
+
+Set up once with --setup: it asks for the password (unless PINDLE_SYNC_PASSWORD or
+--password-file gives it), checks it with the server, keeps it in the desktop's keyring
+(or, with --password-file, reads it from that file each time) and writes the settings to
+~/.config/pindle_sync/config (or $XDG_CONFIG_HOME/pindle_sync/config). From then on
+pindle_sync alone syncs as set up, and options given override the settings.
 
 Options:
   --url URL             the collection, e.g. https://dav.example.com/user/tasks/
   --user NAME           the user name to sign in with
   --password-file FILE  read the password from the first line of FILE, which nobody but
                         its owner may read or write (chmod 600). Without it the password
-                        comes from PINDLE_SYNC_PASSWORD, else from ~/.netrc.
-  --dir FOLDER          sync the files in FOLDER.
+                        comes from where the settings say (the keyring after --setup),
+                        else from PINDLE_SYNC_PASSWORD, else from ~/.netrc.
+  --dir FOLDER          sync the files in FOLDER; by default the folder of the settings,
+                        else ~/.local/share/pindle_todo after --setup, else the current one.
   --ca-file FILE        trust the certificates in FILE (PEM) besides the system's: a
                         server of your own with a self-signed certificate, or your own
                         certificate authority.
+  --setup               check the server and the password, keep the password and write
+                        the settings; sync nothing.
   --dry-run             say what would change on each side, change nothing.
   --allow-http          allow plain http to a server that is not on this machine (the
                         password then crosses the network unencrypted).
   -h, --help            show this text.
+
+Settings file: TOML, one key a line: url = "...", user = "...", password = "keyring" (or
+"environment", "netrc", "file:PATH"), folder = "...", ca_file = "...", allow_http = true.
 
 How a to-do maps onto a task (VTODO):
   description   SUMMARY, cut to 50 bytes
@@ -71,6 +80,7 @@ in .pindle_sync.json beside the data files (readable by its owner only; it never
 password).
 
 Exit status: 0 on success; 1 when the sync failed or left changes unsent (run it again);
-2 for a mistake on the command line; 3 when another sync of the folder is running.
+2 for a mistake on the command line or in the settings; 3 when another sync of the folder
+is running.
 )";
 }

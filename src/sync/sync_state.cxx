@@ -1,15 +1,12 @@
 // The state file as JSON through nlohmann-json.
 #include "sync_state.h"
 
-#include <cerrno>
+#include "private_file.h"
+
 #include <cstdio>
-#include <cstring>
-#include <fcntl.h>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
-#include <sys/stat.h>
-#include <unistd.h>
 
 using nlohmann::json;
 
@@ -47,19 +44,6 @@ SyncEntry fromJson(const json& j) {
         e.local.fields[f] = fields[f].get<std::uint32_t>();
     e.remote = fromHex(j.at("remote").get<std::string>());
     return e;
-}
-
-bool writeAll(int fd, const std::string& text) {
-    std::size_t done = 0;
-    while (done < text.size()) {
-        ssize_t n = write(fd, text.data() + done, text.size() - done);
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0)
-            return false;
-        done += static_cast<std::size_t>(n);
-    }
-    return true;
 }
 
 } // namespace
@@ -101,14 +85,5 @@ bool SyncState::save(std::string& error) const {
     std::ifstream old(kFileName, std::ios::binary);
     if (old && std::string(std::istreambuf_iterator<char>(old), {}) == text)
         return true;
-    std::string temporary = std::string(kFileName) + ".new";
-    int fd = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    bool ok = fd >= 0 && fchmod(fd, 0600) == 0 && writeAll(fd, text) && fsync(fd) == 0;
-    if (fd >= 0 && close(fd) != 0)
-        ok = false;
-    if (ok && std::rename(temporary.c_str(), kFileName) == 0)
-        return true;
-    error = std::string("cannot write ") + kFileName + ": " + std::strerror(errno);
-    unlink(temporary.c_str());
-    return false;
+    return PrivateFile::write(kFileName, text, error);
 }

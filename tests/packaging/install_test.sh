@@ -1,6 +1,7 @@
 #!/bin/sh
 # Installs the build into a DESTDIR staging folder and checks that every installed file is
-# there, the programs and launcher executable and the icon a 48x48 PNG.
+# there, the programs and launcher executable, the icon a 48x48 PNG, and the sync's systemd
+# user units as systemd-analyze verifies them (run on the staged program and manual page).
 # Usage: install_test.sh CMAKE BUILD_DIR APP_ID
 set -eu
 cmake=$1 build=$2 app_id=$3
@@ -17,7 +18,9 @@ for f in share/applications/$app_id.desktop share/metainfo/$app_id.metainfo.xml 
          share/icons/hicolor/scalable/apps/pindle_todo.svg \
          share/icons/hicolor/48x48/apps/pindle_todo.png \
          share/man/man1/pindle_todo.1 share/man/man1/pindle_export.1 \
-         share/man/man1/pindle_sync.1; do
+         share/man/man1/pindle_sync.1 lib/systemd/user/pindle-sync.service \
+         lib/systemd/user/pindle-sync.timer lib/systemd/user/pindle-sync.path \
+         lib/systemd/user/pindle-sync-soon.timer; do
   [ -s "$root/$f" ] || { echo "missing or empty: $f"; status=1; }
 done
 png=$root/share/icons/hicolor/48x48/apps/pindle_todo.png
@@ -27,4 +30,13 @@ case $header in
 89504e470d0a1a0a0000000d49484452000000300000003*) ;;
 *) echo "not a 48x48 PNG: $header"; status=1 ;;
 esac
+
+units=$stage/units
+mkdir -m 700 "$units" "$stage/runtime"
+for unit in "$root"/lib/systemd/user/*; do
+  sed "s|^ExecStart=/usr/local/|ExecStart=$root/|" "$unit" >"$units/${unit##*/}"
+done
+said=$(cd "$units" && MANPATH=$root/share/man XDG_RUNTIME_DIR=$stage/runtime \
+  systemd-analyze --user verify ./* 2>&1) || status=1
+[ -z "$said" ] || { echo "systemd-analyze verify: $said"; status=1; }
 exit $status

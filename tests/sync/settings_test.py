@@ -1,0 +1,173 @@
+"""pindle_sync set up once and then run with no options: --setup against a real Radicale, the
+password in a real Secret Service (gnome-keyring-daemon in this test's own D-Bus session, where
+secret-tool sees it too), the settings file and its mistakes, the command line over it.
+Usage: settings_test.py PINDLE_SYNC (it starts its own D-Bus session and keyring)"""
+
+import os
+import pty
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+import sync_fixture as fx
+from records import Todo
+
+
+def start_keyring():
+    """An unlocked login keyring in this process's own D-Bus session, or the reason there is
+    none."""
+    if "DBUS_SESSION_BUS_ADDRESS" not in os.environ:
+        os.execvp("dbus-run-session", ["dbus-run-session", "--", sys.executable, *sys.argv])
+    result = subprocess.run(["gnome-keyring-daemon", "--unlock", "--components=secrets"],
+                            input=b"test keyring", stdout=subprocess.PIPE,
+                            stderr=subprocess.DEVNULL)
+    for line in result.stdout.decode().splitlines():
+        name, _, value = line.partition("=")
+        os.environ[name] = value
+
+
+class Settings(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.server = fx.Radicale()
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.server.close()
+
+    def setUp(self):
+        self.home = tempfile.mkdtemp()
+        self.addCleanup(shutil.rmtree, self.home)
+        self.env = {k: v for k, v in os.environ.items()
+                    if k not in ("XDG_CONFIG_HOME", "XDG_DATA_HOME", "PINDLE_SYNC_PASSWORD")}
+        self.env["HOME"] = self.home
+        self.config = os.path.join(self.home, ".config", "pindle_sync", "config")
+        self.data = os.path.join(self.home, ".local", "share", "pindle_todo")
+        self.url, self.device = self.server.new_collection(self.id().split(".")[-1].lower())
+
+    def run_sync(self, *args, password=None):
+        env = dict(self.env, **({"PINDLE_SYNC_PASSWORD": password} if password else {}))
+        return subprocess.run([fx.PROGRAM, *args], env=env, stdout=subprocess.PIPE,
+                              stderr=subprocess.PIPE, timeout=120)
+
+    def lookup(self, url):
+        return subprocess.run(["secret-tool", "lookup", "url", url, "user", fx.USER],
+                              stdout=subprocess.PIPE).stdout.decode()
+
+    def test_set_up_once_then_sync_with_no_options(self):
+        self.device.save_todo(fx.vtodo("phone", "From the phone", DUE="20300301"))
+        result = self.run_sync("--setup", "--url", self.url, "--user", fx.USER,
+                               password=fx.PASSWORD)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertEqual(os.stat(self.config).st_mode & 0o777, 0o600)
+        self.assertEqual(os.stat(os.path.dirname(self.config)).st_mode & 0o777, 0o700)
+        self.assertEqual(os.stat(self.data).st_mode & 0o777, 0o700)
+        self.assertEqual(self.lookup(self.url), fx.PASSWORD)
+        result = self.run_sync()
+        self.assertEqual(result.returncode, 0, result.stderr)
+        todos = fx.records.read_todos(os.path.join(self.data, "pindle_todo.db"))
+        self.assertEqual([t.description for t in todos], [b"From the phone"])
+        # The command line wins over the settings: another folder, a password file.
+        other = os.path.join(self.home, "other")
+        os.mkdir(other)
+        fx.records.write_files(other, [Todo(1, 1, 2030, 0, 0, b"Unassigned", b"Other", b"")],
+                               [b"Unassigned"])
+        wrong = os.path.join(self.home, "wrong")
+        with open(os.open(wrong, os.O_WRONLY | os.O_CREAT, 0o600), "w") as f:
+            f.write("not it\n")
+        result = self.run_sync("--dir", other, "--password-file", wrong)
+        self.assertEqual(result.returncode, 1)
+        self.assertIn(b"401", result.stderr)
+        self.assertEqual(self.run_sync("--dir", other).returncode, 0)
+        self.assertEqual(sorted(str(t["SUMMARY"]) for t in fx.tasks(self.device).values()),
+                         ["From the phone", "Other"])
+
+    def test_a_set_up_that_fails_writes_nothing(self):
+        for url, extra, password, reason in (
+                (self.url, [], "not it", "refused the user name or password (401)"),
+                (self.url + "nowhere/", [], fx.PASSWORD, "no collection at that URL"),
+                (self.url, ["--password-file", "/no/such/file"], None,
+                 "cannot read password file")):
+            with self.subTest(reason=reason):
+                result = self.run_sync("--setup", "--url", url, "--user", fx.USER, *extra,
+                                       password=password)
+                self.assertEqual(result.returncode, 1)
+                self.assertIn(reason, result.stderr.decode())
+                self.assertFalse(os.path.exists(self.config))
+                self.assertEqual(self.lookup(url), "")
+
+    def test_the_password_asked_on_the_terminal_is_not_shown(self):
+        pid, terminal = pty.fork()
+        if pid == 0:
+            os.execve(fx.PROGRAM, [fx.PROGRAM, "--setup", "--url", self.url, "--user", fx.USER],
+                      self.env)
+        shown = b""
+        while b"Password for" not in shown:
+            shown += os.read(terminal, 1024)
+        os.write(terminal, fx.PASSWORD.encode() + b"\n")
+        while True:
+            try:
+                chunk = os.read(terminal, 1024)
+            except OSError:
+                break
+            if not chunk:
+                break
+            shown += chunk
+        self.assertEqual(os.waitpid(pid, 0)[1], 0, shown)
+        self.assertNotIn(fx.PASSWORD.encode(), shown)
+        self.assertIn(b"set up for alice", shown)
+        self.assertEqual(self.lookup(self.url), fx.PASSWORD)
+
+    def test_a_password_file_or_one_stored_with_secret_tool(self):
+        password_file = os.path.join(self.home, "pw")
+        with open(os.open(password_file, os.O_WRONLY | os.O_CREAT, 0o600), "w") as f:
+            f.write(fx.PASSWORD + "\n")
+        result = self.run_sync("--setup", "--url", self.url, "--user", fx.USER,
+                               "--password-file", password_file)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        with open(self.config) as f:
+            self.assertIn(f"password = 'file:{password_file}'", f.read())
+        self.assertEqual(self.lookup(self.url), "")
+        self.assertEqual(self.run_sync().returncode, 0)
+        with open(self.config, "w") as f:
+            f.write(f'url = "{self.url}"\nuser = "{fx.USER}"\npassword = "keyring"\n')
+        self.assertIn(b"the keyring holds no password", self.run_sync().stderr)
+        subprocess.run(["secret-tool", "store", "--label", "by hand", "url", self.url, "user",
+                        fx.USER], input=fx.PASSWORD.encode(), check=True)
+        self.assertEqual(self.run_sync().returncode, 0)
+
+    def test_mistakes_in_the_settings_name_their_line(self):
+        os.makedirs(os.path.dirname(self.config))
+        cases = [
+            ("", "not set up yet: run pindle_sync --setup"),
+            ('url = "https://dav.example.com/t/"\nuser = alice\n',
+             "line 2, column 8: Error while parsing value"),
+            ('url = "https://dav.example.com/t/"\nusr = "alice"\n',
+             "line 2: unknown setting 'usr' (the settings are url, user, password, folder"),
+            ('user = "alice"\nurl = "ftp://dav.example.com/t/"\n',
+             "line 2: the URL must start with https://"),
+            ('url = "https://dav.example.com/t/"\n', "give the user name with --user, or user"),
+            ('url = "https://x/"\nuser = "a"\npassword = "wallet"\n',
+             'line 3: password must be "keyring", "environment", "netrc" or "file:PATH"'),
+            ('url = "https://x/"\nuser = "a"\nallow_http = "yes"\n',
+             "line 3: allow_http must be true or false"),
+            ('url = 5\nuser = "a"\n', "line 1: url must be text in quotes"),
+        ]
+        for text, reason in cases:
+            with self.subTest(text=text):
+                if text:
+                    with open(self.config, "w") as f:
+                        f.write(text)
+                result = self.run_sync()
+                self.assertEqual(result.returncode, 2)
+                lines = result.stderr.decode().splitlines()
+                self.assertIn(reason, lines[0])
+                self.assertEqual(lines[1:], ["Try 'pindle_sync --help'."])
+
+
+if __name__ == "__main__":
+    start_keyring()
+    fx.take_program()
+    unittest.main()
