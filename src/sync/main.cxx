@@ -175,11 +175,16 @@ bool settle(const SyncOptions& options, SyncSettings& settings, std::string& err
         error = "not set up yet: run pindle_sync --setup --url COLLECTION-URL --user NAME once";
         return false;
     }
-    if (!settings.complete(options, found, error))
-        return false;
-    if (!DavClient::checkUrl(settings.url, settings.allowHttp, error))
-        error = settings.origin("url") + error;
-    return error.empty();
+    return settings.complete(options, found, error);
+}
+
+// A URL the sync will not use is refused before any request; it is not a
+// misuse of the command line, so no pointer to --help.
+bool acceptUrl(const SyncSettings& settings, std::string& error) {
+    if (DavClient::checkUrl(settings.url, settings.allowHttp, error))
+        return true;
+    error = settings.origin("url") + error;
+    return false;
 }
 
 } // namespace
@@ -196,6 +201,8 @@ int main(int argc, char** argv) {
     SyncSettings settings;
     if (!settle(options, settings, error))
         return fail(kUsage, error + "\nTry 'pindle_sync --help'.");
+    if (!acceptUrl(settings, error))
+        return fail(kUsage, error);
     DataReport::setSink(reportFailuresOnly);
     curl_global_init(CURL_GLOBAL_DEFAULT);
     int status = 0;
