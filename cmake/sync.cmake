@@ -53,7 +53,7 @@ if(PINDLE_FUZZ)
   set(sync_fuzz_flags -fsanitize=address,undefined -fno-sanitize-recover=all
       -fno-omit-frame-pointer)
   add_executable(server_reply_fuzzer fuzz/server_reply_fuzzer.cxx
-    src/sync/dav_xml.cxx src/calendar/server_todo.cxx)
+    src/sync/dav_xml.cxx src/calendar/server_todo.cxx src/calendar/ical_text.cxx)
   target_include_directories(server_reply_fuzzer PRIVATE src/sync src/calendar)
   target_compile_options(server_reply_fuzzer PRIVATE ${sync_fuzz_flags} -fsanitize=fuzzer)
   target_link_options(server_reply_fuzzer PRIVATE ${sync_fuzz_flags} -fsanitize=fuzzer)
