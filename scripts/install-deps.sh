@@ -5,8 +5,9 @@
 #   --companions: also the libraries of pindle_export and pindle_sync (libical, libcurl, pugixml,
 #                 nlohmann-json)
 #   --tests: the companions' libraries and what the test suites run (GoogleTest, Xvfb and
-#            xdotool, xclip, Python, validators, a Radicale CalDAV server and the caldav
-#            client, e2fsprogs for a small file system to fill)
+#            xdotool, xclip, Python, validators, the Radicale and Xandikos CalDAV servers, openssl
+#            for a server's own certificate, the caldav client, e2fsprogs for a small file system
+#            to fill)
 #   PACKAGE...: anything more a script of its own needs (clang for fuzzing, ...)
 set -euo pipefail
 
@@ -14,7 +15,7 @@ packages=(cmake g++ make libfltk1.3-dev libxxhash-dev)
 companions=(pkg-config libcurl4-openssl-dev libical-dev libpugixml-dev nlohmann-json3-dev)
 tests=(libgtest-dev libgmock-dev xvfb xauth xdotool x11-apps x11-utils imagemagick
        desktop-file-utils appstream man-db groff-base librsvg2-bin
-       python3 python3-icalendar radicale python3-caldav e2fsprogs xclip)
+       python3 python3-icalendar radicale xandikos openssl python3-caldav e2fsprogs xclip)
 while [ $# -gt 0 ]; do
   case $1 in
   --companions) packages+=("${companions[@]}") ;;
