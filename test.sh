@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs the whole test suite; without a display it runs
-# under a private Xvfb server. Pass --sanitize for the AddressSanitizer/UBSan build.
+# under a private Xvfb server. Pass --sanitize for the AddressSanitizer/UBSan build, which leaves
+# out the suites against real CalDAV servers.
 set -euo pipefail
 cd "$(dirname "$0")"
 scripts/install-deps.sh --tests
@@ -8,6 +9,12 @@ dir=$(scripts/build.sh --tests "$@" | tail -n 1)
 # The toolkit's font library keeps caches it never frees; only those leaks are suppressed.
 export LSAN_OPTIONS="suppressions=$PWD/tests/lsan.supp:print_suppressions=0"
 run=(ctest --test-dir "$dir" --output-on-failure -j"$(nproc)")
+# The suites against real CalDAV servers (label "server") run in the plain build only, which CI
+# runs on a brand-new machine: there they also show that the servers' packages install and
+# work. Under the sanitizers pindle_sync meets servers in the hostile server's suite.
+for arg in "$@"; do
+  [ "$arg" != --sanitize ] || run+=(-LE server)
+done
 if [ -z "${DISPLAY:-}" ]; then
   # -noreset: a server reset after one test's last client leaves would refuse the next one.
   exec xvfb-run -a -s "-screen 0 1024x768x24 -noreset" "${run[@]}"

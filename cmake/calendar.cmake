@@ -3,6 +3,7 @@
 # the data layer, never the other companion's, so neither can include the other's headers.
 add_library(pindle_calendar STATIC
   src/calendar/todo_view.cxx
+  src/calendar/ical_text.cxx
   src/calendar/vtodo_fields.cxx
   src/calendar/server_todo.cxx)
 target_include_directories(pindle_calendar PUBLIC src/calendar)

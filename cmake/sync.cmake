@@ -46,20 +46,34 @@ if(PINDLE_BUILD_TESTS)
   target_link_libraries(sync_tests PRIVATE pindle_sync_core GTest::gtest_main)
   gtest_discover_tests(sync_tests DISCOVERY_MODE PRE_TEST)
 
-  # Against a real Radicale server, started by each test on a free loopback port, with the
-  # caldav module as a second device; and against a small hostile server of our own.
   # The settings and the keyring: the script runs itself in a D-Bus session of its own, with
   # a real gnome-keyring-daemon.
   add_test(NAME sync_settings
     COMMAND ${PINDLE_SYSTEM_PYTHON} ${CMAKE_SOURCE_DIR}/tests/sync/settings_test.py
             $<TARGET_FILE:pindle_sync>)
   set_tests_properties(sync_settings PROPERTIES TIMEOUT 300)
-  foreach(script radicale hostile_server)
-    add_test(NAME sync_${script}
-      COMMAND ${PINDLE_SYSTEM_PYTHON} ${CMAKE_SOURCE_DIR}/tests/sync/${script}_test.py
-              $<TARGET_FILE:pindle_sync> $<TARGET_FILE:pindle_todo>)
-    set_tests_properties(sync_${script} PROPERTIES TIMEOUT 600)
+  # Against real servers, each started by its suite on a free loopback port, with the caldav
+  # module as a second device: the same table of cases against each server (test name = the
+  # suite's classes); the failures, the open window and the thousand to-dos against Radicale
+  # alone. They carry the label "server", which test.sh --sanitize leaves out, so that CI runs
+  # them once.
+  set(sync_programs $<TARGET_FILE:pindle_sync> $<TARGET_FILE:pindle_todo>)
+  foreach(suite radicale=Radicale,Failures,BesideTheWindow radicale_https=RadicaleOverHttps
+                xandikos=Xandikos xandikos_propfind=XandikosWithoutSyncCollection
+                thousand_todos=Scale)
+    string(REGEX REPLACE "=.*" "" name ${suite})
+    string(REGEX REPLACE ".*=" "" classes ${suite})
+    string(REPLACE "," ";" classes ${classes})
+    add_test(NAME sync_${name}
+      COMMAND ${PINDLE_SYSTEM_PYTHON} ${CMAKE_SOURCE_DIR}/tests/sync/servers_test.py
+              ${sync_programs} ${classes})
+    set_tests_properties(sync_${name} PROPERTIES TIMEOUT 600 LABELS server)
   endforeach()
+  # A small hostile server of our own: in every run, the sanitizers' too.
+  add_test(NAME sync_hostile_server
+    COMMAND ${PINDLE_SYSTEM_PYTHON} ${CMAKE_SOURCE_DIR}/tests/sync/hostile_server_test.py
+            ${sync_programs})
+  set_tests_properties(sync_hostile_server PROPERTIES TIMEOUT 600)
   add_test(NAME man_page_pindle_sync
     COMMAND sh -c "MANWIDTH=80 man --warnings -l \"$1\" 2>&1 >/dev/null" sh
             ${CMAKE_SOURCE_DIR}/packaging/pindle_sync.1)
@@ -72,7 +86,7 @@ if(PINDLE_FUZZ)
   set(sync_fuzz_flags -fsanitize=address,undefined -fno-sanitize-recover=all
       -fno-omit-frame-pointer)
   add_executable(server_reply_fuzzer fuzz/server_reply_fuzzer.cxx
-    src/sync/dav_xml.cxx src/calendar/server_todo.cxx)
+    src/sync/dav_xml.cxx src/calendar/server_todo.cxx src/calendar/ical_text.cxx)
   target_include_directories(server_reply_fuzzer PRIVATE src/sync src/calendar)
   target_compile_options(server_reply_fuzzer PRIVATE ${sync_fuzz_flags} -fsanitize=fuzzer)
   target_link_options(server_reply_fuzzer PRIVATE ${sync_fuzz_flags} -fsanitize=fuzzer)

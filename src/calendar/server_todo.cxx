@@ -2,6 +2,7 @@
 #include "server_todo.h"
 
 #include "fnv_hash.h"
+#include "ical_text.h"
 #include "utf8_text.h"
 
 #include <libical/ical.h>
@@ -76,8 +77,7 @@ void read(icalcomponent* vtodo, ServerTodo& out) {
 } // namespace
 
 bool ServerTodo::parse(const std::string& ics, ServerTodo& out) {
-    icalerror_set_errors_are_fatal(0);
-    Component root(icalparser_parse_string(ics.c_str()), &icalcomponent_free);
+    Component root(IcalText::parse(ics), &icalcomponent_free);
     if (!root)
         return false;
     icalcomponent* vtodo =

@@ -1,5 +1,5 @@
 // A to-do's fields on a VTODO (RFC 5545), set with libical: the one way both the export and the
-// sync write a to-do as iCalendar. libical does the escaping and the folding of lines.
+// sync write a to-do as iCalendar. Escaping and folding are the writer's (ical_text).
 #ifndef PINDLE_VTODO_FIELDS_H
 #define PINDLE_VTODO_FIELDS_H
 
@@ -22,7 +22,7 @@ void replace(icalcomponent* vtodo, icalproperty* property);
 icalcomponent* newCalendar(const char* prodid);
 
 // Text as iCalendar may hold it: line breaks made LF, other control characters but tab
-// dropped. Escaping is libical's.
+// dropped (RFC 5545 3.3.11 has no place for them).
 std::string cleanText(const std::string& text);
 
 } // namespace VtodoFields

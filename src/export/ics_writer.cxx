@@ -2,13 +2,13 @@
 #include "ics_writer.h"
 
 #include "fnv_hash.h"
+#include "ical_text.h"
 #include "todo_view.h"
 #include "vtodo_fields.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 
 namespace IcsWriter {
 
@@ -71,9 +71,7 @@ void write(std::ostream& out, const TodoRecord* head, std::time_t stamp) {
         VtodoFields::set(vtodo, TodoView(*r));
         icalcomponent_add_component(calendar, vtodo);
     }
-    std::unique_ptr<char, decltype(&std::free)> text(icalcomponent_as_ical_string_r(calendar),
-                                                     &std::free);
-    out << text.get();
+    out << IcalText::write(calendar);
     icalcomponent_free(calendar);
 }
 

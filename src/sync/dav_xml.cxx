@@ -116,6 +116,15 @@ std::string multiget(const std::vector<std::string>& hrefs) {
     return serialize(doc);
 }
 
+std::string propfind() {
+    pugi::xml_document doc;
+    pugi::xml_node root = doc.append_child("d:propfind");
+    root.append_attribute("xmlns:d") = kDav;
+    pugi::xml_node prop = root.append_child("d:prop");
+    prop.append_child("d:getetag");
+    return serialize(doc);
+}
+
 bool parseMultistatus(const std::string& body, DavListing& out, std::string& error) {
     pugi::xml_document doc;
     pugi::xml_parse_result parsed = doc.load_buffer(body.data(), body.size());

@@ -1,6 +1,7 @@
-// The WebDAV side of the conversation, in XML through pugixml: the bodies of the two REPORTs the
-// sync sends (RFC 6578 sync-collection, RFC 4791 calendar-multiget) and the multistatus replies,
-// read by namespace and local name whatever prefixes the server chose.
+// The WebDAV side of the conversation, in XML through pugixml: the bodies of the requests that read
+// the collection (the REPORTs of RFC 6578 sync-collection and RFC 4791 calendar-multiget, and a
+// PROPFIND of the ETags) and the multistatus replies, read by namespace and local name whatever
+// prefixes the server chose.
 #ifndef PINDLE_DAV_XML_H
 #define PINDLE_DAV_XML_H
 
@@ -28,6 +29,9 @@ std::string syncCollection(const std::string& token);
 
 // Asks for the ETag and calendar data of each of `hrefs` (percent-encoded paths).
 std::string multiget(const std::vector<std::string>& hrefs);
+
+// Asks for each member's ETag: the listing of a server without sync-collection.
+std::string propfind();
 
 // Reads a 207 Multi-Status body. False, with a reason, when it is not well-formed XML or not a
 // multistatus; responses without an href are skipped.

@@ -1,4 +1,4 @@
-// The REPORTs that read the collection.
+// The requests that read the collection.
 #include "remote_scan.h"
 
 namespace {
@@ -7,6 +7,19 @@ constexpr std::size_t kMultigetBatch = 200;
 
 const std::vector<std::string> kXmlHeaders = {"Content-Type: application/xml; charset=utf-8",
                                               "Depth: 1"};
+
+// A server without sync-collection refuses the report with one of many statuses (403 with
+// DAV:supported-report, 400, 405, 501, ...). Only a refused sign-in or URL is left for the
+// person to deal with.
+bool refusesReport(long status) {
+    return status == 501 || (status >= 400 && status < 500 && status != 401 && status != 404);
+}
+
+// A server that has forgotten a token should say so with a 403 or 409 (RFC 6578, 3.2); some
+// fail with a 500 instead (Xandikos 0.2). Either way a listing from nothing is tried.
+bool refusesToken(long status) {
+    return status != 207 && status != 401 && status != 404;
+}
 
 } // namespace
 
@@ -20,40 +33,56 @@ std::string describeStatus(long status) {
     return "the server answered " + std::to_string(status);
 }
 
-bool RemoteScan::report(const std::string& token, HttpReply& reply, std::string& error) {
-    if (!client_.send("REPORT", "", DavXml::syncCollection(token), kXmlHeaders, reply, error)) {
+bool RemoteScan::ask(const char* method, const std::string& body, HttpReply& reply,
+                     std::string& error) {
+    if (!client_.send(method, "", body, kXmlHeaders, reply, error)) {
         error = "cannot reach the server: " + error;
         return false;
     }
     return true;
 }
 
-bool RemoteScan::list(const std::string& token, std::string& error) {
-    HttpReply reply;
-    if (!report(token, reply, error))
-        return false;
-    complete_ = token.empty();
-    // A server that has forgotten the token says so with a 403 or 409 (RFC 6578, 3.2); any
-    // refusal other than of the sign-in or the URL gets a full listing instead.
-    bool tokenRefused =
-        reply.status >= 400 && reply.status < 500 && reply.status != 401 && reply.status != 404;
-    if (!token.empty() && tokenRefused) {
-        complete_ = true;
-        if (!report("", reply, error))
-            return false;
-    }
+bool RemoteScan::read(const HttpReply& reply, const char* what, DavListing& listing,
+                      std::string& error) {
     if (reply.status != 207) {
-        error = describeStatus(reply.status) + " to the sync REPORT";
+        error = describeStatus(reply.status) + " to " + what;
         return false;
     }
+    return DavXml::parseMultistatus(reply.body, listing, error);
+}
+
+bool RemoteScan::list(const std::string& token, bool tokenless, std::string& error) {
+    if (tokenless)
+        return listEtags(error);
+    HttpReply reply;
+    if (!ask("REPORT", DavXml::syncCollection(token), reply, error))
+        return false;
+    bool retry = !token.empty() && refusesToken(reply.status);
+    complete_ = token.empty() || retry;
+    if (retry && !ask("REPORT", DavXml::syncCollection(""), reply, error))
+        return false;
+    if (refusesReport(reply.status))
+        return listEtags(error);
     DavListing listing;
-    if (!DavXml::parseMultistatus(reply.body, listing, error))
+    if (!read(reply, "the sync REPORT", listing, error))
         return false;
-    if (listing.syncToken.empty()) {
-        error = "the server gave no sync token: it does not support sync-collection (RFC 6578)";
-        return false;
-    }
+    if (listing.syncToken.empty())
+        return listEtags(error);
     newToken_ = listing.syncToken;
+    for (const DavResource& resource : listing.resources)
+        take(resource);
+    return true;
+}
+
+bool RemoteScan::listEtags(std::string& error) {
+    HttpReply reply;
+    DavListing listing;
+    if (!ask("PROPFIND", DavXml::propfind(), reply, error) ||
+        !read(reply, "the PROPFIND listing the collection", listing, error))
+        return false;
+    complete_ = true;
+    tokenless_ = true;
+    newToken_.clear();
     for (const DavResource& resource : listing.resources)
         take(resource);
     return true;
@@ -81,16 +110,9 @@ bool RemoteScan::fetch(const std::vector<std::string>& paths, std::string& error
         for (std::size_t i = from; i < paths.size() && i < from + kMultigetBatch; i++)
             hrefs.push_back(client_.hrefFor(paths[i]));
         HttpReply reply;
-        if (!client_.send("REPORT", "", DavXml::multiget(hrefs), kXmlHeaders, reply, error)) {
-            error = "cannot reach the server: " + error;
-            return false;
-        }
         DavListing listing;
-        if (reply.status != 207) {
-            error = describeStatus(reply.status) + " to the calendar-multiget REPORT";
-            return false;
-        }
-        if (!DavXml::parseMultistatus(reply.body, listing, error))
+        if (!ask("REPORT", DavXml::multiget(hrefs), reply, error) ||
+            !read(reply, "the calendar-multiget REPORT", listing, error))
             return false;
         for (const DavResource& resource : listing.resources)
             take(resource);

@@ -31,7 +31,7 @@ SyncSession::SyncSession(DavClient& client, TodoStore& todos, CategoryStore& cat
       dryRun_(dryRun), scan_(client) {}
 
 bool SyncSession::scan(std::string& error) {
-    return scan_.list(state_.syncToken, error) && fetchChanged(error);
+    return scan_.list(state_.syncToken, state_.tokenless, error) && fetchChanged(error);
 }
 
 void SyncSession::settle() {
@@ -41,6 +41,7 @@ void SyncSession::settle() {
         settleEntry(i);
     takeServerAdds();
     token_ = scan_.newToken();
+    tokenless_ = scan_.tokenless();
     // Tasks to delete are still on the server until send() deletes them.
     rebuildState(deletions_);
 }
@@ -48,7 +49,8 @@ void SyncSession::settle() {
 void SyncSession::send() {
     fetchUploadBases();
     sendAll();
-    if (!dryRun_ && tally_.sentNew + tally_.sentChanged + tally_.sentDeleted > 0)
+    // Without a token the ETags the writes returned are what the next listing compares with.
+    if (!dryRun_ && !tokenless_ && tally_.sentNew + tally_.sentChanged + tally_.sentDeleted > 0)
         catchUpToken();
     rebuildState(dangling_);
 }
@@ -346,7 +348,7 @@ void SyncSession::sendDelete(const SyncEntry& entry) {
 void SyncSession::catchUpToken() {
     RemoteScan after(client_);
     std::string error;
-    if (!after.list(token_, error) || after.complete())
+    if (!after.list(token_, false, error) || after.complete())
         return;
     std::unordered_map<std::string, std::string> ours;
     for (const auto& [record, entry] : links_)
@@ -378,4 +380,5 @@ void SyncSession::rebuildState(const std::vector<SyncEntry>& stillOnServer) {
     }
     state_.entries.insert(state_.entries.end(), stillOnServer.begin(), stillOnServer.end());
     state_.syncToken = token_;
+    state_.tokenless = tokenless_;
 }

@@ -37,8 +37,9 @@ public:
     SyncSession(DavClient& client, TodoStore& todos, CategoryStore& categories, SyncState& state,
                 Progress& progress, bool dryRun);
 
-    // Reads what changed on the server since the state's token. False, with a reason, when the
-    // server's changes could not be read; nothing has changed then.
+    // Reads what changed on the server since the state's token, or every task's ETag from a
+    // server without tokens. False, with a reason, when the server's changes could not be read;
+    // nothing has changed then.
     bool scan(std::string& error);
 
     // Takes the server's changes into the stores as they are now, and decides what goes up.
@@ -96,6 +97,7 @@ private:
     bool dryRun_;
     RemoteScan scan_;
     std::string token_;
+    bool tokenless_ = false;
     int today_[3] = {0, 0, 0};
 
     std::vector<TodoRecord*> records_; // the local list as found

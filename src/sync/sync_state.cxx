@@ -60,7 +60,9 @@ bool SyncState::load(const std::string& forUrl, const std::string& forUser, std:
         if (j.at("version").get<int>() != kVersion || j.at("url") != forUrl ||
             j.at("user") != forUser)
             return true;
-        syncToken = j.at("sync_token").get<std::string>();
+        const json& token = j.at("sync_token");
+        tokenless = token.is_null();
+        syncToken = tokenless ? "" : token.get<std::string>();
         for (const json& e : j.at("todos"))
             entries.push_back(fromJson(e));
     } catch (const json::exception& e) {
@@ -78,7 +80,7 @@ bool SyncState::save(std::string& error) const {
     json j = {{"version", kVersion},
               {"url", url},
               {"user", user},
-              {"sync_token", syncToken},
+              {"sync_token", tokenless ? json(nullptr) : json(syncToken)},
               {"todos", todos}};
     std::string text = j.dump(1, ' ', false, json::error_handler_t::replace) + "\n";
     // Unchanged, the file is left alone: a sync with nothing new touches nothing.

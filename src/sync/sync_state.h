@@ -1,6 +1,7 @@
 // The sync's own memory of the last sync, kept in ".pindle_sync.json" beside the data files:
-// the collection it was with, the server's sync token, and per synced to-do (in the order of
-// the local file) its task's UID, path and ETag and the digests each side had. It is written
+// the collection it was with, the server's sync token (null for a server without sync-collection,
+// whose tasks are told apart by ETag alone), and per synced to-do (in the order of the local file)
+// its task's UID, path and ETag and the digests each side had. It is written
 // whole to a temporary file that then replaces the old one, readable by its owner only.
 #ifndef PINDLE_SYNC_STATE_H
 #define PINDLE_SYNC_STATE_H
@@ -25,7 +26,8 @@ public:
 
     std::string url;
     std::string user;
-    std::string syncToken;
+    std::string syncToken;  // empty before the first sync
+    bool tokenless = false; // the server offers no sync-collection: its ETags are listed
     std::vector<SyncEntry> entries;
 
     // Reads the file in the current directory. A missing file, or one kept for another

@@ -1,12 +1,11 @@
 // Building a task's iCalendar with libical.
 #include "task_writer.h"
 
+#include "ical_text.h"
 #include "vtodo_fields.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <libical/ical.h>
-#include <memory>
 #include <random>
 
 namespace TaskWriter {
@@ -19,8 +18,7 @@ const char* const kProdid = "-//Pindle ToDo//pindle_sync//EN";
 icalcomponent* serverCalendar(const std::string& ics, icalcomponent*& vtodo) {
     if (ics.empty())
         return nullptr;
-    icalerror_set_errors_are_fatal(0);
-    icalcomponent* root = icalparser_parse_string(ics.c_str());
+    icalcomponent* root = IcalText::parse(ics);
     if (root == nullptr)
         return nullptr;
     if (icalcomponent_isa(root) == ICAL_VCALENDAR_COMPONENT)
@@ -54,10 +52,9 @@ std::string build(const TodoRecord& record, const std::string& uid, const std::s
     stamp(vtodo, ICAL_DTSTAMP_PROPERTY, now);
     stamp(vtodo, ICAL_LASTMODIFIED_PROPERTY, now);
     VtodoFields::set(vtodo, TodoView(record));
-    std::unique_ptr<char, decltype(&std::free)> text(icalcomponent_as_ical_string_r(calendar),
-                                                     &std::free);
+    std::string text = IcalText::write(calendar);
     icalcomponent_free(calendar);
-    return text.get();
+    return text;
 }
 
 std::string newUid() {

@@ -34,7 +34,7 @@ TEST(ServerTodo, MapsOrDefaultsEachProperty) {
         {"DUE:20300704T235959Z\r\n", 5, true, 7, 4, 2030, false, "", "Unassigned"},
         {"DUE:not a date\r\n", 5, false, 0, 0, 0, false, "", "Unassigned"},
         {"STATUS:IN-PROCESS\r\n", 5, false, 0, 0, 0, false, "", "Unassigned"},
-        {"SUMMARY:a\\tb\\nc\r\nCATEGORIES:x\\ny\r\n", 5, false, 0, 0, 0, false, "a b c", "x y"},
+        {"SUMMARY:a\tb\\nc\r\nCATEGORIES:x\\ny\r\n", 5, false, 0, 0, 0, false, "a b c", "x y"},
     };
     for (const Case& c : cases) {
         ServerTodo todo;

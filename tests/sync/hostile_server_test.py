@@ -22,13 +22,22 @@ import sync_fixture as fx
 
 class Hostile(http.server.BaseHTTPRequestHandler):
     reply = b""
+    listing = b""  # the reply to a PROPFIND
+    sync_collection_status = 207  # anything else: refused as by a server without it
     put_status = 201
     put_seconds = 0
     requests = 0
 
     def do_REPORT(self):
+        body = self.rfile.read(int(self.headers.get("Content-Length", 0)))
+        if b"sync-collection" in body and type(self).sync_collection_status != 207:
+            self.answer(type(self).sync_collection_status, b"")
+        else:
+            self.answer(207, type(self).reply)
+
+    def do_PROPFIND(self):
         self.rfile.read(int(self.headers.get("Content-Length", 0)))
-        self.answer(207, type(self).reply)
+        self.answer(207, type(self).listing)
 
     def do_PUT(self):
         self.rfile.read(int(self.headers.get("Content-Length", 0)))
@@ -129,6 +138,28 @@ class HostileReplies(unittest.TestCase):
                 self.assertEqual(result.returncode, 1)
                 self.assertEqual(sorted(os.listdir(self.folder.path)), ["cat.db", "pindle_todo.db"])
                 self.assertEqual(self.folder.todos(), [])
+
+    def test_a_server_without_sync_collection_is_listed_by_etag(self):
+        """Refused in any of the ways servers refuse a report they lack, sync-collection gives
+        way to a PROPFIND of the ETags, and the state keeps no token; a server error does not."""
+        Hostile.listing = (b'<d:multistatus xmlns:d="DAV:"><d:response><d:href>/tasks/</d:href>'
+                           b"<d:propstat><d:prop/><d:status>HTTP/1.1 200 OK</d:status>"
+                           b"</d:propstat></d:response><d:response><d:href>/tasks/0.ics</d:href>"
+                           b"<d:propstat>"
+                           b'<d:prop><d:getetag>"0"</d:getetag></d:prop><d:status>HTTP/1.1 200 '
+                           b"OK</d:status></d:propstat></d:response></d:multistatus>")
+        self.addCleanup(setattr, Hostile, "sync_collection_status", 207)
+        self.addCleanup(setattr, Hostile, "listing", b"")
+        for status, listed in ((400, True), (403, True), (405, True), (501, True), (500, False)):
+            with self.subTest(status=status):
+                Hostile.sync_collection_status = status
+                result = self.sync(multistatus(vtodo(b"UID:a", b"SUMMARY:Listed by ETag")))
+                self.assertEqual(result.returncode, 0 if listed else 1, result.stderr)
+                self.assertEqual([t.description for t in self.folder.todos()],
+                                 [b"Listed by ETag"] if listed else [])
+                if listed:
+                    with open(os.path.join(self.folder.path, ".pindle_sync.json")) as f:
+                        self.assertIsNone(json.load(f)["sync_token"])
 
     def test_refused_writes_are_reported_and_left_for_the_next_sync(self):
         for status, reason in ((412, b"kept changing"), (500, b"answered 500")):

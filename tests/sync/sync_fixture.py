@@ -1,7 +1,8 @@
-"""What the sync tests share: a Radicale server of their own on a free loopback port with a
-temporary store and one htpasswd user, a caldav client playing the user's second device, data
-folders written and read through tests/support/records.py, pindle_sync runs, and the program's
-window open on a folder, driven with xdotool and read off the screen."""
+"""What the sync tests share: CalDAV servers of their own (Radicale, also over HTTPS, and
+Xandikos, also without sync-collection), each on a free loopback port with a temporary store, a
+caldav client playing the user's second device, data folders written and read through
+tests/support/records.py, pindle_sync runs, and the program's window open on a folder, driven with
+xdotool and read off the screen."""
 
 import os
 import re
@@ -19,20 +20,6 @@ import caldav  # noqa: E402
 USER, PASSWORD = "alice", "correct horse"
 PROGRAM = None
 WINDOW_PROGRAM = None
-
-# Radicale as its command line starts it, less the fsync after every write (an option its own
-# tests use, not settable from a config file): a thousand uploads take seconds, not minutes.
-LAUNCH = """
-import signal, socket, sys
-from radicale import config, log, server
-log.setup()
-configuration = config.load([(sys.argv[1], False)])
-configuration.update({"storage": {"_filesystem_fsync": "False"}}, "tests", privileged=True)
-log.set_level(configuration.get("logging", "level"))
-stop, stop_out = socket.socketpair()
-signal.signal(signal.SIGTERM, lambda *_: stop.close())
-server.serve(configuration, stop_out)
-"""
 
 
 def free_port():
@@ -54,30 +41,37 @@ def wait_for_port(port, process, seconds=30):
     raise RuntimeError("the server did not start")
 
 
-class Radicale:
-    """A Radicale server in a temporary folder; its log tells which requests reached it."""
+class Server:
+    """A server in a temporary folder on a free loopback port. What a test sees of each: its
+    URL, a new task collection with a caldav client on it, the methods of the requests its log
+    shows, stopping and starting it again, and the options pindle_sync needs to reach it.
+    Each kind says what it cannot do: LOSES names the round-trip cases whose text the server
+    itself changes, with why; SIGN_IN whether it asks for a password at all; SYNC_COLLECTION
+    whether it offers RFC 6578 sync-collection."""
+
+    SCHEME = "http"
+    LOSES = {}
+    SIGN_IN = True
+    SYNC_COLLECTION = True
 
     def __init__(self):
         self.dir = tempfile.TemporaryDirectory()
         self.port = free_port()
-        self.url = f"http://127.0.0.1:{self.port}/"
-        with open(os.path.join(self.dir.name, "users"), "w") as f:
-            f.write(f"{USER}:{PASSWORD}\n")
-        self.config = os.path.join(self.dir.name, "config")
-        with open(self.config, "w") as f:
-            f.write(f"[server]\nhosts = 127.0.0.1:{self.port}\n"
-                    f"[auth]\ntype = htpasswd\nhtpasswd_filename = {self.dir.name}/users\n"
-                    "htpasswd_encryption = plain\ndelay = 0\n"
-                    f"[storage]\nfilesystem_folder = {self.dir.name}/store\n"
-                    "[rights]\ntype = owner_only\n[logging]\nlevel = info\nmask_passwords = True\n")
+        self.url = f"{self.SCHEME}://127.0.0.1:{self.port}/"
         self.log_path = os.path.join(self.dir.name, "log")
-        self.process = None
+        self.prepare()
         self.start()
+
+    def prepare(self):
+        """Writes what the server reads at start-up."""
+
+    def command(self):
+        raise NotImplementedError
 
     def start(self):
         self.log = open(self.log_path, "a")
-        self.process = subprocess.Popen([sys.executable, "-c", LAUNCH, self.config],
-                                        stdout=self.log, stderr=subprocess.STDOUT)
+        self.process = subprocess.Popen(self.command(), stdout=self.log,
+                                        stderr=subprocess.STDOUT)
         wait_for_port(self.port, self.process)
 
     def stop(self):
@@ -97,14 +91,126 @@ class Radicale:
         """The methods of the requests logged after `offset`, in order."""
         with open(self.log_path) as f:
             f.seek(offset)
-            return re.findall(r"\] (\w+) request for ", f.read())
+            return re.findall(self.REQUEST_LINE, f.read(), re.MULTILINE)
+
+    def client(self):
+        return caldav.DAVClient(self.url, username=USER, password=PASSWORD)
 
     def new_collection(self, name):
         """A new VTODO collection, and a caldav client on it as the second device."""
-        client = caldav.DAVClient(self.url, username=USER, password=PASSWORD)
-        calendar = client.principal().make_calendar(
+        calendar = self.client().principal().make_calendar(
             name=name, cal_id=name, supported_calendar_component_set=["VTODO"])
         return str(calendar.url), calendar
+
+    def sync_options(self):
+        return []
+
+
+# Radicale as its command line starts it, less the fsync after every write (an option its own
+# tests use, not settable from a config file): a thousand uploads take seconds, not minutes.
+RADICALE = """
+import signal, socket, sys
+from radicale import config, log, server
+log.setup()
+configuration = config.load([(sys.argv[1], False)])
+configuration.update({"storage": {"_filesystem_fsync": "False"}}, "tests", privileged=True)
+log.set_level(configuration.get("logging", "level"))
+stop, stop_out = socket.socketpair()
+signal.signal(signal.SIGTERM, lambda *_: stop.close())
+server.serve(configuration, stop_out)
+"""
+
+
+class Radicale(Server):
+    """Radicale 3 with one htpasswd user; it stores what it is sent through vobject."""
+
+    REQUEST_LINE = r"\] (\w+) request for "
+
+    def prepare(self):
+        with open(os.path.join(self.dir.name, "users"), "w") as f:
+            f.write(f"{USER}:{PASSWORD}\n")
+        self.config = os.path.join(self.dir.name, "config")
+        with open(self.config, "w") as f:
+            f.write(f"[server]\nhosts = 127.0.0.1:{self.port}\n{self.server_options()}"
+                    f"[auth]\ntype = htpasswd\nhtpasswd_filename = {self.dir.name}/users\n"
+                    "htpasswd_encryption = plain\ndelay = 0\n"
+                    f"[storage]\nfilesystem_folder = {self.dir.name}/store\n"
+                    "[rights]\ntype = owner_only\n[logging]\nlevel = info\nmask_passwords = True\n")
+
+    def server_options(self):
+        return ""
+
+    def command(self):
+        return [sys.executable, "-c", RADICALE, self.config]
+
+
+class RadicaleOverHttps(Radicale):
+    """Radicale with a certificate of its own for 127.0.0.1 that no system trusts: pindle_sync
+    reaches it with --ca-file, and the second device with the same file."""
+
+    SCHEME = "https"
+
+    def prepare(self):
+        self.certificate = os.path.join(self.dir.name, "certificate.pem")
+        self.key = os.path.join(self.dir.name, "key.pem")
+        subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt",
+                        "ec_paramgen_curve:prime256v1", "-nodes", "-days", "2", "-subj",
+                        "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1",
+                        "-keyout", self.key, "-out", self.certificate],
+                       check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        super().prepare()
+
+    def server_options(self):
+        return f"ssl = True\ncertificate = {self.certificate}\nkey = {self.key}\n"
+
+    def client(self):
+        return caldav.DAVClient(self.url, username=USER, password=PASSWORD,
+                                ssl_verify_cert=self.certificate)
+
+    def sync_options(self):
+        return ["--ca-file", self.certificate]
+
+
+# Xandikos as its command line starts it, logging each request as it arrives (its own log
+# comes after the reply, too late to tell one sync's requests from the next one's); with an
+# argument "no-sync-collection" it goes without the sync-collection REPORT, which it then
+# refuses as it refuses any report it lacks, as servers without RFC 6578 do.
+XANDIKOS = """
+import sys
+from xandikos import web
+handle = web.XandikosApp.aiohttp_handler
+async def logged(app, request, prefix):
+    print("request", request.method, request.path, file=sys.stderr, flush=True)
+    return await handle(app, request, prefix)
+web.XandikosApp.aiohttp_handler = logged
+if sys.argv.pop(1) == "no-sync-collection":
+    register = web.XandikosApp.register_reporters
+    web.XandikosApp.register_reporters = lambda app, reporters: register(
+        app, [r for r in reporters if r.name != "{DAV:}sync-collection"])
+web.main(sys.argv)
+"""
+
+
+class Xandikos(Server):
+    """Xandikos, which signs nobody in (it is meant to sit behind a proxy that does) and keeps
+    each task as python-icalendar writes it again."""
+
+    REQUEST_LINE = r"^request (\w+) "
+    SIGN_IN = False
+    # It keeps tasks as python-icalendar 4.0.3 reads and writes them, which splits CATEGORIES
+    # at escaped commas and reads an escaped backslash before n, N or r as a line break.
+    LOSES = {"category with list separators": "python-icalendar splits the category",
+             "backslashes": "python-icalendar reads \\\\n as a backslash and a line break"}
+
+    def command(self):
+        report = "sync-collection" if self.SYNC_COLLECTION else "no-sync-collection"
+        return [sys.executable, "-c", XANDIKOS, report, "-d",
+                os.path.join(self.dir.name, "store"), "--autocreate", "-l", "127.0.0.1", "-p",
+                str(self.port)]
+
+
+class XandikosWithoutSyncCollection(Xandikos):
+    SYNC_COLLECTION = False
 
 
 def vtodo(uid, summary=None, **props):
@@ -176,7 +282,8 @@ class Window:
         ready, write_end = os.pipe()
         self.server = subprocess.Popen(["Xvfb", "-displayfd", str(write_end), "-screen", "0",
                                         "800x600x24", "-nolisten", "tcp"],
-                                       pass_fds=(write_end,), stderr=subprocess.DEVNULL)
+                                       pass_fds=(write_end,), stdout=subprocess.DEVNULL,
+                                       stderr=subprocess.DEVNULL)
         os.close(write_end)
         number = b""
         while not number.endswith(b"\n"):
@@ -186,7 +293,11 @@ class Window:
         self.env["DISPLAY"] = ":" + number.decode().strip()
         self.process = subprocess.Popen([WINDOW_PROGRAM], cwd=folder.path, env=self.env,
                                         stderr=subprocess.PIPE)
-        self.id = self.find("To Do List")
+        try:
+            self.id = self.find("To Do List")
+        except RuntimeError:
+            self.close()
+            raise
 
     def run(self, *args, **kwargs):
         return subprocess.run(args, env=self.env, check=True, **kwargs)
@@ -255,5 +366,5 @@ def take_program():
     """pindle_sync, then pindle_todo where the tests open the window too."""
     global PROGRAM, WINDOW_PROGRAM
     PROGRAM = os.path.abspath(sys.argv.pop(1))
-    if len(sys.argv) > 1 and not sys.argv[1].startswith("-"):
+    if len(sys.argv) > 1 and os.path.isfile(sys.argv[1]):
         WINDOW_PROGRAM = os.path.abspath(sys.argv.pop(1))
