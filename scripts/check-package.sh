@@ -18,11 +18,12 @@ if [ $install = yes ]; then
 fi
 apt_get() { DEBIAN_FRONTEND=noninteractive apt-get -y -qq -o DPkg::Lock::Timeout=300 "$@" >/dev/null; }
 took() { echo "   ($((SECONDS - start)) s)"; start=$SECONDS; }
-# Every path on this system but the ones apt, dpkg and the build change on their own.
+# Every path on this system but the ones apt, dpkg and the build change on their own, and the
+# bytecode caches Python writes beside the tools it runs (autopkgtest's own).
 snapshot() {
   find / -xdev \( -path /proc -o -path /sys -o -path /dev -o -path /run -o -path /tmp \
     -o -path /var/tmp -o -path /var/log -o -path /var/cache -o -path /var/lib/apt \
-    -o -path /var/lib/dpkg -o -path "$PWD" \) -prune -o -print | sort
+    -o -path /var/lib/dpkg -o -path "$PWD" -o -name __pycache__ \) -prune -o -print | sort
 }
 start=$SECONDS
 
