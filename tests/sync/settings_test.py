@@ -5,10 +5,12 @@ Usage: settings_test.py PINDLE_SYNC (it starts its own D-Bus session and keyring
 
 import os
 import pty
+import select
 import shutil
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 import sync_fixture as fx
@@ -16,16 +18,44 @@ from records import Todo
 
 
 def start_keyring():
-    """An unlocked login keyring in this process's own D-Bus session, or the reason there is
-    none."""
-    if "DBUS_SESSION_BUS_ADDRESS" not in os.environ:
-        os.execvp("dbus-run-session", ["dbus-run-session", "--", sys.executable, *sys.argv])
+    """An unlocked login keyring of its own, in a home of its own (the person's keyring is never
+    touched, and no keyring left by an earlier run or another program is met), in this
+    process's own D-Bus session."""
+    if "PINDLE_TEST_KEYRING_HOME" not in os.environ:
+        home = tempfile.mkdtemp(prefix="keyring-home.")
+        runtime = os.path.join(home, "run")
+        os.mkdir(runtime, 0o700)
+        env = {k: v for k, v in os.environ.items() if not k.startswith(("XDG_", "DBUS_"))}
+        env.update(HOME=home, XDG_RUNTIME_DIR=runtime, PINDLE_TEST_KEYRING_HOME=home)
+        status = subprocess.run(["dbus-run-session", "--", sys.executable, *sys.argv],
+                                env=env).returncode
+        shutil.rmtree(home, ignore_errors=True)
+        sys.exit(status)
     result = subprocess.run(["gnome-keyring-daemon", "--unlock", "--components=secrets"],
                             input=b"test keyring", stdout=subprocess.PIPE,
-                            stderr=subprocess.DEVNULL)
+                            stderr=subprocess.DEVNULL, timeout=30)
     for line in result.stdout.decode().splitlines():
         name, _, value = line.partition("=")
         os.environ[name] = value
+
+
+def read_terminal(terminal, until=None, seconds=60):
+    """What a program shows on its terminal: up to `until`, or to its end."""
+    shown, deadline = b"", time.monotonic() + seconds
+    while until is None or until not in shown:
+        left = deadline - time.monotonic()
+        if left <= 0 or not select.select([terminal], [], [], left)[0]:
+            raise AssertionError(f"the terminal showed {shown!r}, then nothing")
+        try:
+            chunk = os.read(terminal, 1024)
+        except OSError:  # the program ended and its side of the terminal closed
+            chunk = b""
+        if not chunk:
+            if until is None:
+                break
+            raise AssertionError(f"the program ended after showing {shown!r}")
+        shown += chunk
+    return shown
 
 
 class Settings(unittest.TestCase):
@@ -54,7 +84,7 @@ class Settings(unittest.TestCase):
 
     def lookup(self, url):
         return subprocess.run(["secret-tool", "lookup", "url", url, "user", fx.USER],
-                              stdout=subprocess.PIPE).stdout.decode()
+                              stdout=subprocess.PIPE, timeout=30).stdout.decode()
 
     def test_set_up_once_then_sync_with_no_options(self):
         self.device.save_todo(fx.vtodo("phone", "From the phone", DUE="20300301"))
@@ -103,18 +133,9 @@ class Settings(unittest.TestCase):
         if pid == 0:
             os.execve(fx.PROGRAM, [fx.PROGRAM, "--setup", "--url", self.url, "--user", fx.USER],
                       self.env)
-        shown = b""
-        while b"Password for" not in shown:
-            shown += os.read(terminal, 1024)
+        shown = read_terminal(terminal, until=b"Password for")
         os.write(terminal, fx.PASSWORD.encode() + b"\n")
-        while True:
-            try:
-                chunk = os.read(terminal, 1024)
-            except OSError:
-                break
-            if not chunk:
-                break
-            shown += chunk
+        shown += read_terminal(terminal)
         self.assertEqual(os.waitpid(pid, 0)[1], 0, shown)
         self.assertNotIn(fx.PASSWORD.encode(), shown)
         self.assertIn(b"set up for alice", shown)
@@ -135,7 +156,7 @@ class Settings(unittest.TestCase):
             f.write(f'url = "{self.url}"\nuser = "{fx.USER}"\npassword = "keyring"\n')
         self.assertIn(b"the keyring holds no password", self.run_sync().stderr)
         subprocess.run(["secret-tool", "store", "--label", "by hand", "url", self.url, "user",
-                        fx.USER], input=fx.PASSWORD.encode(), check=True)
+                        fx.USER], input=fx.PASSWORD.encode(), check=True, timeout=30)
         self.assertEqual(self.run_sync().returncode, 0)
 
     def test_mistakes_in_the_settings_name_their_line(self):

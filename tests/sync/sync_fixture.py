@@ -294,16 +294,20 @@ class Window:
         self.process = subprocess.Popen([WINDOW_PROGRAM], cwd=folder.path, env=self.env,
                                         stderr=subprocess.PIPE)
         try:
-            self.id = self.find("To Do List")
-        except RuntimeError:
-            self.close()
-            raise
+            # A start-up on a machine loaded by the other suites may take a while; only a
+            # failure waits this long.
+            self.id = self.find("To Do List", seconds=30)
+        except RuntimeError as e:
+            status = self.process.poll()
+            said = self.close()
+            raise RuntimeError(f"{e} (program {'running' if status is None else f'exited {status}'}"
+                               f", said {said!r})") from None
 
     def run(self, *args, **kwargs):
         return subprocess.run(args, env=self.env, check=True, **kwargs)
 
-    def find(self, title):
-        deadline = time.monotonic() + 10
+    def find(self, title, seconds=10):
+        deadline = time.monotonic() + seconds
         while time.monotonic() < deadline:
             found = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid",
                                     str(self.process.pid), "--name", f"^{title}$"],
