@@ -23,8 +23,8 @@ bool askPassword(const SyncSettings& settings, std::string& password) {
     int tty = open("/dev/tty", O_RDWR | O_CLOEXEC);
     if (tty < 0)
         return false;
-    const std::string prompt = "Password for " + settings.user + " at " + settings.url + ": ";
-    (void)!write(tty, prompt.data(), prompt.size());
+    // Echo goes off before the prompt shows: a person who types as soon as they see it must
+    // neither see the password echoed nor lose it to the flush of what was typed before.
     termios saved{};
     bool quiet = tcgetattr(tty, &saved) == 0;
     if (quiet) {
@@ -32,11 +32,13 @@ bool askPassword(const SyncSettings& settings, std::string& password) {
         noEcho.c_lflag &= ~static_cast<tcflag_t>(ECHO);
         tcsetattr(tty, TCSAFLUSH, &noEcho);
     }
+    const std::string prompt = "Password for " + settings.user + " at " + settings.url + ": ";
+    (void)!write(tty, prompt.data(), prompt.size());
     char c;
     while (read(tty, &c, 1) == 1 && c != '\n')
         password += c;
     if (quiet)
-        tcsetattr(tty, TCSAFLUSH, &saved);
+        tcsetattr(tty, TCSANOW, &saved);
     (void)!write(tty, "\n", 1);
     close(tty);
     return true;
