@@ -1,6 +1,7 @@
 // Data files opened without blocking, then switched back to blocking for plain reads and writes.
 #include "data_file.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,6 +16,8 @@ int open(const char* name, int flags, int mode) {
     if (fstat(fd, &info) != 0 || S_ISFIFO(info.st_mode) || S_ISSOCK(info.st_mode) ||
         fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK) != 0) {
         close(fd);
+        // Never ENOENT left from before: a caller tells a missing file by it.
+        errno = ENXIO;
         return -1;
     }
     return fd;

@@ -3,13 +3,18 @@
 // since its store last read or wrote it. The program, pindle_sync and pindle_export all work on
 // their folder, the current directory, through it. A writer makes each change inside a Change:
 // the folder is locked, whatever changed is read again, and only then is the change applied to
-// the to-dos and categories as they are now, so that nothing another program wrote is lost.
+// the to-dos and categories as they are now, so that nothing another program wrote is lost. The
+// stores' saves inside a Change are made together when it ends, as one save atomic against a
+// crash; a save a crash cut short is finished, or thrown away, wherever the folder is opened.
 #ifndef PINDLE_DATA_FOLDER_H
 #define PINDLE_DATA_FOLDER_H
 
 #include "category_store.h"
 #include "folder_lock.h"
+#include "save_batch.h"
 #include "todo_store.h"
+
+#include <memory>
 
 class DataFolder {
 public:
@@ -26,12 +31,14 @@ public:
     DataFolder(const DataFolder&) = delete;
     DataFolder& operator=(const DataFolder&) = delete;
 
-    // Reads again, under the shared lock, each file that changed since its store saw it. Does
-    // nothing while a Change is made: that change reads and writes the files under its lock.
+    // Reads again, under the shared lock, each file that changed since its store saw it; first,
+    // under the exclusive lock, finishes a save that a crash cut short. Does nothing while a
+    // Change is made: that change reads and writes the files under its lock.
     Reloaded refresh();
 
-    // One change to the files: the exclusive lock from construction to destruction, and each
-    // file that changed read again first. The stores' saves go inside it.
+    // One change to the files: the exclusive lock from construction to destruction, a save a
+    // crash cut short finished and each file that changed read again first. The stores' saves
+    // go inside it and are made, together, when it ends or commit() is called.
     class Change {
     public:
         explicit Change(DataFolder& folder);
@@ -40,10 +47,16 @@ public:
         Change& operator=(const Change&) = delete;
         const Reloaded& reloaded() const { return reloaded_; }
 
+        // Makes the saves asked for so far.
+        void commit();
+
     private:
+        void join(SaveBatch* batch);
+
         DataFolder& folder_;
         FolderLock lock_;
         Reloaded reloaded_;
+        std::unique_ptr<SaveBatch> batch_;
     };
 
     TodoStore& todos;
@@ -51,6 +64,7 @@ public:
 
 private:
     Reloaded reloadChanged();
+    void recover();
 
     int fd_;
     bool changing_;

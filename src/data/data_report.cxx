@@ -32,6 +32,10 @@ void unreadable(const char* fileName) {
     sink(Kind::Unreadable, "skipping over reading record");
 }
 
+void recovery(const char* line) {
+    sink(Kind::Recovery, line);
+}
+
 void notice(const char* format, ...) {
     std::va_list args;
     va_start(args, format);

@@ -10,6 +10,7 @@ namespace DataReport {
 
 enum class Kind {
     Unreadable, // a store could not open its file and starts without it
+    Recovery,   // what was done with a save that a crash cut short; nothing was lost
     Notice,     // a save goes on after this
     Failure     // the program ends with status 200 after this
 };
@@ -25,6 +26,8 @@ void toStderr(Kind kind, const char* line);
 
 // The two lines a store gives when it cannot open `fileName` for loading.
 void unreadable(const char* fileName);
+
+void recovery(const char* line);
 
 void notice(const char* format, ...) __attribute__((format(printf, 1, 2)));
 

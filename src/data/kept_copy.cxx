@@ -13,16 +13,15 @@ namespace KeptCopy {
 
 namespace {
 // A new file under the first free name; -1 if none could be made.
-int createBeside(const char* name, mode_t mode, char* keptName, std::size_t size) {
+int createBeside(const char* name, const char* why, mode_t mode, char* keptName, std::size_t size) {
     std::time_t now = std::time(nullptr);
     std::tm local{};
     localtime_r(&now, &local);
     char stamp[32];
     std::strftime(stamp, sizeof stamp, "%Y%m%d-%H%M%S", &local);
     for (int n = 1; n < 100; n++) {
-        int length =
-            n == 1 ? std::snprintf(keptName, size, "%s.changed-elsewhere-%s", name, stamp)
-                   : std::snprintf(keptName, size, "%s.changed-elsewhere-%s-%d", name, stamp, n);
+        int length = n == 1 ? std::snprintf(keptName, size, "%s.%s-%s", name, why, stamp)
+                            : std::snprintf(keptName, size, "%s.%s-%s-%d", name, why, stamp, n);
         if (length < 0 || static_cast<std::size_t>(length) >= size)
             return -1;
         int fd = open(keptName, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
@@ -52,11 +51,11 @@ bool copyAll(int from, int to) {
 }
 } // namespace
 
-bool make(int fd, const char* name, char* keptName, std::size_t size) {
+bool make(int fd, const char* name, const char* why, char* keptName, std::size_t size) {
     struct stat info {};
     if (fstat(fd, &info) != 0)
         return false;
-    int copy = createBeside(name, info.st_mode & 0777, keptName, size);
+    int copy = createBeside(name, why, info.st_mode & 0777, keptName, size);
     if (copy < 0)
         return false;
     bool whole = copyAll(fd, copy);

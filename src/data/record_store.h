@@ -9,7 +9,7 @@
 #include "digest.h"
 #include "field_codec.h"
 #include "file_stamp.h"
-#include "file_update.h"
+#include "save_batch.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -118,36 +118,25 @@ public:
         return static_cast<std::size_t>(position) < order_.size() ? order_[position] : nullptr;
     }
 
-    // Brings the file to exactly the bytes of every record encoded in order, writing only the
-    // records whose digest differs from what the file holds and the link slots that change,
-    // front to back: after a remove every record that moves is written over a position it has
-    // already left, so a save cut short by a kill still holds every other record somewhere. A
-    // file that is not the one last loaded or written is written whole. An empty list leaves an
-    // empty file; a file that cannot be opened or written while there are records to keep ends
-    // the program with status 200.
+    // Brings the file to exactly the bytes of every record encoded in order, atomically against
+    // a crash (see SaveBatch). Only the records whose digest differs from what the file holds
+    // and the link slots that change are written in place; a file that mostly changes, or that
+    // is not the one last loaded or written, is written whole and replaces the old one. Inside a
+    // folder's Change, the save is made when the change ends, together with the other store's.
+    // An empty list leaves an empty file; a file that cannot be opened or written while there
+    // are records to keep ends the program with status 200.
     void save() {
-        FileUpdate update(fileName, stamp_, head != nullptr);
-        if (!update.isOpen())
+        if (batch_ != nullptr) {
+            batch_->add(this, [this](SaveBatch& batch) { plan(batch); });
             return;
-        if (!update.inPlace())
-            held_.clear();
-        const std::size_t before = held_.size();
-        const std::size_t count = order_.size();
-        held_.resize(count);
-        for (std::size_t i = 0; i < count; i++) {
-            const Record& r = *order_[i];
-            const Digest digest = r.digest();
-            const bool last = i + 1 == count;
-            const std::uint64_t offset = i * std::uint64_t{Record::kFileSize};
-            if (i >= before || held_[i] != digest)
-                r.encode(update.at(offset, Record::kFileSize), last);
-            else if (last != (i + 1 == before))
-                FieldCodec::putLink(update.at(offset + Record::kLinkAt, FieldCodec::kLinkSize),
-                                    last);
-            held_[i] = digest;
         }
-        stamp_ = update.finish(count * std::uint64_t{Record::kFileSize});
+        SaveBatch batch;
+        batch.add(this, [this](SaveBatch& batch) { plan(batch); });
+        batch.commit();
     }
+
+    // Saves go into `batch` until this is called again with null.
+    void joinBatch(SaveBatch* batch) { batch_ = batch; }
 
 protected:
     explicit RecordStore(const char* name) : fileName{}, file(nullptr), head(nullptr) {
@@ -208,6 +197,56 @@ protected:
     }
 
 private:
+    // This store's part of a save: which records go where, encoded straight into the journal
+    // or the whole new file.
+    void plan(SaveBatch& batch) {
+        SaveTarget* target = batch.open(fileName, stamp_, head != nullptr, &stamp_);
+        if (target == nullptr)
+            return;
+        if (!target->inPlace())
+            held_.clear();
+        const std::size_t before = held_.size();
+        const std::size_t count = order_.size();
+        std::vector<Digest> digests;
+        digests.reserve(count);
+        std::uint64_t changed = 0;
+        for (std::size_t i = 0; i < count; i++) {
+            digests.push_back(order_[i]->digest());
+            if (i >= before || held_[i] != digests[i])
+                changed += Record::kFileSize;
+        }
+        const std::uint64_t length = count * std::uint64_t{Record::kFileSize};
+        // Writing half the file in place costs as much as all of it once the journal has it too;
+        // a link or a second name in the file's place is written in place all the same.
+        const bool mostly = !target->inPlace() || (2 * changed >= length && changed > 0);
+        if (target->direct() || (target->replaceable() && mostly))
+            writeWhole(*target);
+        else
+            writeChanged(batch, *target, before, digests);
+        target->setLength(length);
+        held_.assign(digests.begin(), digests.end());
+    }
+
+    void writeWhole(SaveTarget& target) {
+        target.startWhole();
+        for (std::size_t i = 0; i < order_.size(); i++)
+            order_[i]->encode(target.next(Record::kFileSize), i + 1 == order_.size());
+    }
+
+    void writeChanged(SaveBatch& batch, SaveTarget& target, std::size_t before,
+                      const std::vector<Digest>& digests) {
+        const std::size_t count = order_.size();
+        for (std::size_t i = 0; i < count; i++) {
+            const bool last = i + 1 == count;
+            const std::uint64_t offset = i * std::uint64_t{Record::kFileSize};
+            if (i >= before || held_[i] != digests[i])
+                order_[i]->encode(batch.write(target, offset, Record::kFileSize), last);
+            else if (last != (i + 1 == before))
+                FieldCodec::putLink(
+                    batch.write(target, offset + Record::kLinkAt, FieldCodec::kLinkSize), last);
+        }
+    }
+
     // The records in list order, so that count and at need no walk.
     std::vector<Record*> order_;
     // Per position of the file, the digest of the record it holds; none where that is unknown.
@@ -215,6 +254,8 @@ private:
     // The file as last loaded or written, or what stood in its place when it could not be
     // opened; a save finding anything else writes it whole.
     FileStamp stamp_;
+    // The batch of the folder's change under way, if any.
+    SaveBatch* batch_ = nullptr;
 };
 
 #endif

@@ -104,6 +104,9 @@ bool merge(SyncSession& session, Folder& folder, bool dryRun, std::string& error
         folder.categories.save();
     if (session.localChanged())
         folder.todos.save();
+    // The files first: a crash between the two leaves a state older than the files, which the
+    // next sync matches again by content, never a state that names what the files lack.
+    change.commit();
     return folder.state.save(error);
 }
 

@@ -19,7 +19,7 @@
 // box does not wrap, so each clause of a report gets its own line.
 static void reportToUser(DataReport::Kind kind, const char* line) {
     DataReport::toStderr(kind, line);
-    if (kind == DataReport::Kind::Unreadable)
+    if (kind == DataReport::Kind::Unreadable || kind == DataReport::Kind::Recovery)
         return;
     std::string text = line;
     for (std::size_t at = text.find("; "); at != std::string::npos; at = text.find("; ", at))

@@ -344,6 +344,7 @@ TEST_F(SharedFolder, TheLockKeepsReadersAndWritersOutOfAChange) {
             static DataFolder::Change change(other.folder);
             other.todos.append(todo("theirs", "Work"));
             other.todos.save();
+            change.commit(); // written now, the lock still held
         });
         std::thread release([&] {
             std::this_thread::sleep_for(std::chrono::milliseconds(200));

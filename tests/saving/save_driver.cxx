@@ -3,7 +3,10 @@
 // change (edit, append, delete-first, delete-last or purge) to them and saves it; with a third
 // argument it also kills itself with SIGKILL that many microseconds into the save, and says
 // "finished" and the save's length if the save ends first. "check CHANGE N" fails, saying how
-// many were lost, unless the file holds every to-do that CHANGE is not about.
+// many were lost, unless the file holds every to-do that CHANGE is not about, once a save that
+// was cut short is finished or thrown away as the program would at start-up.
+#include "category_store.h"
+#include "data_folder.h"
 #include "support/store_helpers.h"
 #include "todo_store.h"
 
@@ -61,8 +64,11 @@ int main(int argc, char** argv) {
     const std::string command = argv[1];
     const int n = std::stoi(argv[command == "check" ? 3 : 2]);
     ScopedStore<TodoStore> store;
-    if (command == "check")
+    if (command == "check") {
+        ScopedStore<CategoryStore> categories;
+        DataFolder(store, categories).refresh();
         return check(store, argv[2], n);
+    }
     if (command == "fill") {
         for (int i = 0; i < n; i++)
             store.append(numbered(i));

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Saves that cannot be made: on a full file system (a small loop-mounted ext4) and to a file made
-# immutable (root ignores file modes). Each must say why
-# on stderr, end with status 200 and leave every old to-do in the file. On the full file system
-# an edit still saves: it only overwrites blocks the file already has.
+# immutable (root ignores file modes). Each must say why on stderr, end with status 200 and
+# leave every old to-do in the file. On the full file system even an edit fails: its journal
+# needs room before the file is touched; the torn journal is thrown away at the next opening.
+# Once there is room again, the edit saves.
 # usage: save_failures.sh SAVE_DRIVER. Needs root and a free loop device; skips (77) without.
 set -euo pipefail
 driver=$1 n=200
@@ -36,7 +37,10 @@ expect() {
 }
 
 expect append 200 "could not write records!"
+expect edit 200 "could not write records!"
+[ ! -e .pindle_save.journal ] || { echo "FAIL: a torn journal was left after the check"; exit 1; }
 chattr +i pindle_todo.db
 expect edit 200 "could not open file pindle_todo.db"
 chattr -i pindle_todo.db
+rm filler
 expect edit 0

@@ -1,0 +1,198 @@
+"""Crash states of every kind of save: each change is made once with its file system calls
+recorded (a preloaded shim), then every state a crash could leave is built from the recording and
+opened with the project's own loader, recovery included; each must show the list as it was
+before the change or as it is after it, never anything else.
+
+The model of a crash, per file: what was written before the file's last sync is on the disk;
+of what was written since, any subset of the 4 KiB pages may be, the others holding what they
+held at that sync (zeros past its end). Creations, truncations, renames and removals happen in
+the order they were made. States are taken just before each sync, each of those calls and at the
+end; where a point has more than a few pages pending, a fixed number of subsets is drawn with a
+fixed seed, besides none and all of them.
+
+usage: crash_states.py CRASH_DRIVER RECORD_IO_SO [--sizes 10,200] [--samples N] [--only CHANGE]
+Prints a table of changes by states (old, new, other) and exits 1 if any state is other."""
+
+import argparse
+import hashlib
+import os
+import random
+import shutil
+import subprocess
+import sys
+import tempfile
+
+PAGE = 4096
+
+
+class File:
+    def __init__(self, data=b""):
+        self.current = bytearray(data)
+        self.durable = bytearray(data)
+        self.pending = set()  # pages written since the last sync
+
+    def write(self, offset, data):
+        end = offset + len(data)
+        if end > len(self.current):
+            self.current.extend(b"\0" * (end - len(self.current)))
+        self.current[offset:end] = data
+        self.pending.update(range(offset // PAGE, (end - 1) // PAGE + 1))
+
+    def truncate(self, length):
+        for data in (self.current, self.durable):
+            if length < len(data):
+                del data[length:]
+            else:
+                data.extend(b"\0" * (length - len(data)))
+        self.pending = {p for p in self.pending if p * PAGE < length}
+
+    def sync(self):
+        self.durable = bytearray(self.current)
+        self.pending = set()
+
+    def crashed(self, persisted):
+        """The bytes after a crash in which the pages `persisted` of those pending made it."""
+        data = bytearray(self.durable)
+        if len(data) < len(self.current):
+            data.extend(b"\0" * (len(self.current) - len(data)))
+        for page in persisted:
+            data[page * PAGE:(page + 1) * PAGE] = self.current[page * PAGE:(page + 1) * PAGE]
+        return bytes(data)
+
+
+class Folder:
+    """The folder as the recorded calls leave it: names to files, and the files each name was
+    opened as (a descriptor keeps its file through a rename)."""
+
+    def __init__(self, snapshot):
+        self.names = {name: File(data) for name, data in snapshot.items()}
+        self.opened = dict(self.names)
+
+    def apply(self, op):
+        kind, args = op[0], op[1:]
+        if kind == "open":
+            if args[0] not in self.names:
+                self.names[args[0]] = File()
+            self.opened[args[0]] = self.names[args[0]]
+        elif kind == "write":
+            self.opened[args[0]].write(int(args[1]), bytes.fromhex(args[2]))
+        elif kind == "truncate":
+            self.opened[args[0]].truncate(int(args[1]))
+        elif kind == "sync":
+            self.opened[args[0]].sync()
+        elif kind == "rename":
+            self.names[args[1]] = self.names.pop(args[0])
+        elif kind == "unlink":
+            self.names.pop(args[0])
+
+    def states(self, samples, rng):
+        """Each state a crash now could leave, as {name: bytes}."""
+        pending = [(name, page) for name, f in self.names.items() for page in sorted(f.pending)]
+        if len(pending) <= 10:
+            choices = [[p for i, p in enumerate(pending) if mask >> i & 1]
+                       for mask in range(1 << len(pending))]
+        else:
+            choices = [[], pending] + [[p for p in pending if rng.random() < 0.5]
+                                       for _ in range(samples)]
+        for chosen in choices:
+            yield {name: f.crashed({page for n, page in chosen if n == name})
+                   for name, f in self.names.items()}
+
+
+def read_log(path):
+    with open(path) as f:
+        return [line.split() for line in f if line.strip()]
+
+
+def snapshot(folder):
+    out = {}
+    for name in os.listdir(folder):
+        with open(os.path.join(folder, name), "rb") as f:
+            out[name] = f.read()
+    return out
+
+
+def show(driver, folders):
+    """What the program's loader makes of each folder, after its recovery: one process for all
+    of them, each folder's listing ended by a line of its own."""
+    result = subprocess.run([driver, "show", *folders], stdout=subprocess.PIPE,
+                            stderr=subprocess.DEVNULL)
+    shown = result.stdout.split(b"--\n")[:-1]
+    if result.returncode != 0 or len(shown) != len(folders):
+        raise RuntimeError(f"crash_driver show failed ({result.returncode})")
+    return shown
+
+
+def crash_states(driver, shim, change, size, samples):
+    """(old, new, other) counts for one change at one size, and the distinct states tried."""
+    work = tempfile.mkdtemp(prefix="pindle_crash_")
+    try:
+        folder = os.path.join(work, "folder")
+        os.mkdir(folder)
+        subprocess.run([driver, "prepare", change, str(size)], cwd=folder, check=True)
+        before = snapshot(folder)
+        old, = show(driver, [folder])
+        log = os.path.join(work, "log")
+        env = dict(os.environ, LD_PRELOAD=shim, PINDLE_RECORD_DIR=folder, PINDLE_RECORD_LOG=log)
+        subprocess.run([driver, "act", change, str(size)], cwd=folder, env=env, check=True)
+        new, = show(driver, [folder])
+        ops = read_log(log)
+        model = Folder(before)
+        rng = random.Random(f"{change}/{size}")
+        seen, states = set(), []
+        for i in range(len(ops) + 1):
+            # Points just before each sync and metadata call hold every state between them.
+            if i in (0, len(ops)) or ops[i][0] not in ("write", "open"):
+                for state in model.states(samples, rng):
+                    digest = hashlib.sha256()
+                    for name in sorted(state):
+                        digest.update(name.encode() + b"\0" + state[name])
+                    key = digest.digest()
+                    if key not in seen:
+                        seen.add(key)
+                        states.append(state)
+            if i < len(ops):
+                model.apply(ops[i])
+        counts = [0, 0, 0]
+        for start in range(0, len(states), 64):
+            folders = []
+            for n, state in enumerate(states[start:start + 64]):
+                path = os.path.join(work, f"state{n}")
+                shutil.rmtree(path, ignore_errors=True)
+                os.mkdir(path)
+                for name, data in state.items():
+                    with open(os.path.join(path, name), "wb") as f:
+                        f.write(data)
+                folders.append(path)
+            for shown in show(driver, folders):
+                counts[0 if shown == old else 1 if shown == new else 2] += 1
+        return counts, len(ops)
+    finally:
+        shutil.rmtree(work)
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("driver")
+    parser.add_argument("shim")
+    parser.add_argument("--sizes", default="10,200")
+    parser.add_argument("--samples", type=int, default=24)
+    parser.add_argument("--only")
+    args = parser.parse_args()
+    changes = subprocess.run([args.driver, "changes"], stdout=subprocess.PIPE, text=True,
+                             check=True).stdout.split()
+    if args.only:
+        changes = [c for c in changes if c == args.only]
+    print(f"{'change':30} {'N':>4} {'calls':>6} {'old':>5} {'new':>5} {'other':>5}")
+    bad = 0
+    for change in changes:
+        for size in map(int, args.sizes.split(",")):
+            (old, new, other), calls = crash_states(args.driver, args.shim, change, size,
+                                                    args.samples)
+            print(f"{change:30} {size:>4} {calls:>6} {old:>5} {new:>5} {other:>5}", flush=True)
+            bad += other
+    return 1 if bad else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
