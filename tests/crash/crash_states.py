@@ -10,7 +10,9 @@ the order they were made. States are taken just before each sync, each of those 
 end; where a point has more than a few pages pending, a fixed number of subsets is drawn with a
 fixed seed, besides none and all of them.
 
-usage: crash_states.py CRASH_DRIVER RECORD_IO_SO [--sizes 10,200] [--samples N] [--only CHANGE]
+usage: crash_states.py CRASH_DRIVER PRELOAD [--sizes 10,200] [--samples N] [--only CHANGE]
+PRELOAD is the recording shim librecord_io.so, as LD_PRELOAD takes it: after a sanitizer's runtime
+that must come first, if the driver was built with one.
 Prints a table of changes by states (old, new, other) and exits 1 if any state is other."""
 
 import argparse
@@ -123,7 +125,7 @@ def show(driver, folders):
     return shown
 
 
-def crash_states(driver, shim, change, size, samples):
+def crash_states(driver, preload, change, size, samples):
     """(old, new, other) counts for one change at one size, and the distinct states tried."""
     work = tempfile.mkdtemp(prefix="pindle_crash_")
     try:
@@ -133,7 +135,7 @@ def crash_states(driver, shim, change, size, samples):
         before = snapshot(folder)
         old, = show(driver, [folder])
         log = os.path.join(work, "log")
-        env = dict(os.environ, LD_PRELOAD=shim, PINDLE_RECORD_DIR=folder, PINDLE_RECORD_LOG=log)
+        env = dict(os.environ, LD_PRELOAD=preload, PINDLE_RECORD_DIR=folder, PINDLE_RECORD_LOG=log)
         subprocess.run([driver, "act", change, str(size)], cwd=folder, env=env, check=True)
         new, = show(driver, [folder])
         ops = read_log(log)
@@ -174,7 +176,7 @@ def crash_states(driver, shim, change, size, samples):
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("driver")
-    parser.add_argument("shim")
+    parser.add_argument("preload")
     parser.add_argument("--sizes", default="10,200")
     parser.add_argument("--samples", type=int, default=24)
     parser.add_argument("--only")
@@ -187,7 +189,7 @@ def main():
     bad = 0
     for change in changes:
         for size in map(int, args.sizes.split(",")):
-            (old, new, other), calls = crash_states(args.driver, args.shim, change, size,
+            (old, new, other), calls = crash_states(args.driver, args.preload, change, size,
                                                     args.samples)
             print(f"{change:30} {size:>4} {calls:>6} {old:>5} {new:>5} {other:>5}", flush=True)
             bad += other
