@@ -155,6 +155,9 @@ class HostileReplies(unittest.TestCase):
                 Hostile.sync_collection_status = status
                 result = self.sync(multistatus(vtodo(b"UID:a", b"SUMMARY:Listed by ETag")))
                 self.assertEqual(result.returncode, 0 if listed else 1, result.stderr)
+                self.assertEqual(result.stdout, b"pindle_sync: sent 0 new, 0 changed, 0 deleted; "
+                                 b"received 1 new, 0 changed, 0 deleted; 0 kept twice; "
+                                 b"3 requests, 0 writes\n" if listed else b"")
                 self.assertEqual([t.description for t in self.folder.todos()],
                                  [b"Listed by ETag"] if listed else [])
                 if listed:
@@ -162,7 +165,8 @@ class HostileReplies(unittest.TestCase):
                         self.assertIsNone(json.load(f)["sync_token"])
 
     def test_refused_writes_are_reported_and_left_for_the_next_sync(self):
-        for status, reason in ((412, b"kept changing"), (500, b"answered 500")):
+        for status, reason in ((412, b"kept changing"), (300, b"answered 300"),
+                               (500, b"answered 500")):
             with self.subTest(status=status):
                 Hostile.put_status = status
                 self.addCleanup(setattr, Hostile, "put_status", 201)
