@@ -1,10 +1,12 @@
-// Reading multistatus replies whatever prefixes the server uses. Replies that are no multistatus
-// are the hostile server test's; the request bodies, Radicale's.
+// Reading multistatus replies whatever prefixes the server uses, and refusing what is none (the
+// hostile server test sends those to the whole sync, which also stops on the reason left behind,
+// so only here is the refusal itself seen); the request bodies are Radicale's to check.
 #include "dav_xml.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -40,6 +42,20 @@ TEST(DavXml, ReadsResponsesByNamespaceNotPrefix) {
         EXPECT_EQ(a.calendarData, "BEGIN:X");
         EXPECT_EQ(listing.resources[1].status, 404);
         EXPECT_FALSE(listing.resources[1].hasData);
+    }
+}
+
+TEST(DavXml, RefusesWhatIsNoMultistatus) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"", "the server's reply is not XML: "},
+        {"<d:multistatus xmlns:d=\"DAV:\"><d:response>", "the server's reply is not XML: "},
+        {"<multistatus xmlns=\"urn:wrong\"/>", "the server's reply is not a WebDAV multistatus"},
+    };
+    for (const auto& [body, reason] : cases) {
+        DavListing listing;
+        std::string error;
+        EXPECT_FALSE(DavXml::parseMultistatus(body, listing, error)) << body;
+        EXPECT_EQ(error.rfind(reason, 0), 0u) << error;
     }
 }
 

@@ -24,6 +24,8 @@ class Hostile(http.server.BaseHTTPRequestHandler):
     reply = b""
     listing = b""  # the reply to a PROPFIND
     sync_collection_status = 207  # anything else: refused as by a server without it
+    propfind_status = 207
+    tokenless_from_t1 = False  # a sync-collection from token t1 answered without a token
     put_status = 201
     put_seconds = 0
     requests = 0
@@ -32,12 +34,14 @@ class Hostile(http.server.BaseHTTPRequestHandler):
         body = self.rfile.read(int(self.headers.get("Content-Length", 0)))
         if b"sync-collection" in body and type(self).sync_collection_status != 207:
             self.answer(type(self).sync_collection_status, b"")
+        elif type(self).tokenless_from_t1 and b">t1</d:sync-token>" in body:
+            self.answer(207, multistatus(token=b""))
         else:
             self.answer(207, type(self).reply)
 
     def do_PROPFIND(self):
         self.rfile.read(int(self.headers.get("Content-Length", 0)))
-        self.answer(207, type(self).listing)
+        self.answer(type(self).propfind_status, type(self).listing)
 
     def do_PUT(self):
         self.rfile.read(int(self.headers.get("Content-Length", 0)))
@@ -155,6 +159,9 @@ class HostileReplies(unittest.TestCase):
                 Hostile.sync_collection_status = status
                 result = self.sync(multistatus(vtodo(b"UID:a", b"SUMMARY:Listed by ETag")))
                 self.assertEqual(result.returncode, 0 if listed else 1, result.stderr)
+                self.assertEqual(result.stdout, b"pindle_sync: sent 0 new, 0 changed, 0 deleted; "
+                                 b"received 1 new, 0 changed, 0 deleted; 0 kept twice; "
+                                 b"3 requests, 0 writes\n" if listed else b"")
                 self.assertEqual([t.description for t in self.folder.todos()],
                                  [b"Listed by ETag"] if listed else [])
                 if listed:
@@ -162,7 +169,8 @@ class HostileReplies(unittest.TestCase):
                         self.assertIsNone(json.load(f)["sync_token"])
 
     def test_refused_writes_are_reported_and_left_for_the_next_sync(self):
-        for status, reason in ((412, b"kept changing"), (500, b"answered 500")):
+        for status, reason in ((412, b"kept changing"), (300, b"answered 300"),
+                               (500, b"answered 500")):
             with self.subTest(status=status):
                 Hostile.put_status = status
                 self.addCleanup(setattr, Hostile, "put_status", 201)
@@ -173,6 +181,17 @@ class HostileReplies(unittest.TestCase):
                 self.assertEqual(self.folder.todos(), [new])
                 with open(os.path.join(self.folder.path, ".pindle_sync.json")) as f:
                     self.assertEqual(json.load(f)["todos"], [])
+
+    def test_a_failed_listing_after_the_writes_keeps_the_token(self):
+        """The listing that would show the sync's own writes fails (no token, then a PROPFIND
+        answered 500): the token read before them stays, for the next sync to start from."""
+        Hostile.tokenless_from_t1, Hostile.propfind_status = True, 500
+        self.addCleanup(setattr, Hostile, "tokenless_from_t1", False)
+        self.addCleanup(setattr, Hostile, "propfind_status", 207)
+        new = fx.records.Todo(1, 2, 2030, 0, 0, b"Unassigned", b"New here", b"")
+        self.assertEqual(self.sync(multistatus(), [new]).returncode, 0)
+        with open(os.path.join(self.folder.path, ".pindle_sync.json")) as f:
+            self.assertEqual(json.load(f)["sync_token"], "t1")
 
     def test_progress_on_a_terminal(self):
         """A sync of a few hundred writes shows how far it is on stderr when that is a

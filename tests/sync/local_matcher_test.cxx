@@ -52,6 +52,7 @@ TEST(LocalMatcher, FindsEachOldToDoOrItsGap) {
         {"ABCD", "abcD", {0, 1, 2, 3}},       // several changed before an unchanged one
         {"AAA", "AA", {0, 1, -1}},            // identical to-dos are interchangeable
         {"ABCDE", "BCDEA", {-1, 0, 1, 2, 3}}, // never reordered: A at the end is another
+        {"ABC", "*AC", {1, -1, 2}},           // B deleted, one new in front: A and C unchanged
     };
     for (const Case& c : cases)
         EXPECT_EQ(LocalMatcher::match(digests(c.last), digests(c.now)), c.found)

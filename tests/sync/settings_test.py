@@ -141,7 +141,7 @@ class Settings(unittest.TestCase):
         self.assertIn(b"set up for alice", shown)
         self.assertEqual(self.lookup(self.url), fx.PASSWORD)
 
-    def test_a_password_file_or_one_stored_with_secret_tool(self):
+    def test_a_password_file_the_environment_or_one_stored_with_secret_tool(self):
         password_file = os.path.join(self.home, "pw")
         with open(os.open(password_file, os.O_WRONLY | os.O_CREAT, 0o600), "w") as f:
             f.write(fx.PASSWORD + "\n")
@@ -152,6 +152,9 @@ class Settings(unittest.TestCase):
             self.assertIn(f"password = 'file:{password_file}'", f.read())
         self.assertEqual(self.lookup(self.url), "")
         self.assertEqual(self.run_sync().returncode, 0)
+        with open(self.config, "w") as f:
+            f.write(f'url = "{self.url}"\nuser = "{fx.USER}"\npassword = "environment"\n')
+        self.assertEqual(self.run_sync(password=fx.PASSWORD).returncode, 0)
         with open(self.config, "w") as f:
             f.write(f'url = "{self.url}"\nuser = "{fx.USER}"\npassword = "keyring"\n')
         self.assertIn(b"the keyring holds no password", self.run_sync().stderr)
