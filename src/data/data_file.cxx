@@ -23,4 +23,12 @@ int open(const char* name, int flags, int mode) {
     return fd;
 }
 
+bool syncFolder() {
+    int folder = ::open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    bool synced = folder >= 0 && fsync(folder) == 0;
+    if (folder >= 0)
+        close(folder);
+    return synced;
+}
+
 } // namespace DataFile

@@ -2,21 +2,13 @@
 // durable when anything changes in place or more than one file changes, then carried out.
 #include "save_batch.h"
 
+#include "data_file.h"
 #include "data_report.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 namespace {
 const char* const kFiles[] = {"pindle_todo.db", "cat.db"};
-
-bool syncFolder() {
-    int folder = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    bool synced = folder >= 0 && fsync(folder) == 0;
-    if (folder >= 0)
-        close(folder);
-    return synced;
-}
 } // namespace
 
 SaveBatch::SaveBatch() = default;
@@ -85,7 +77,7 @@ void SaveBatch::carryOut() {
     }
     if (!journal_ && renamed.size() == 1) {
         const std::string fresh = SaveJournal::newFileName(renamed[0]->name());
-        if (rename(fresh.c_str(), renamed[0]->name().c_str()) != 0 || !syncFolder())
+        if (rename(fresh.c_str(), renamed[0]->name().c_str()) != 0 || !DataFile::syncFolder())
             failWrite();
         return;
     }

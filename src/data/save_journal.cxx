@@ -77,14 +77,6 @@ bool copyRange(int from, std::uint64_t at, int to, std::uint64_t offset, std::ui
     return true;
 }
 
-bool syncFolder() {
-    int folder = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    bool synced = folder >= 0 && fsync(folder) == 0;
-    if (folder >= 0)
-        close(folder);
-    return synced;
-}
-
 } // namespace
 
 // Reads a journal back, checking each part as it goes: false from any reader call means the
@@ -266,7 +258,7 @@ bool SaveJournal::commit() {
     if (room == nullptr)
         return false;
     std::memcpy(room, end, sizeof end);
-    return out_->finish() && fdatasync(fd_) == 0 && syncFolder();
+    return out_->finish() && fdatasync(fd_) == 0 && DataFile::syncFolder();
 }
 
 bool SaveJournal::applyToFile(int file) {
@@ -306,7 +298,7 @@ bool SaveJournal::apply() {
     }
     for (const Entry& e : entries_)
         renames = renames || e.tag == 'R';
-    return (!renames || syncFolder()) && unlink(kName) == 0;
+    return (!renames || DataFile::syncFolder()) && unlink(kName) == 0;
 }
 
 bool SaveJournal::leftOver() {
