@@ -1,6 +1,7 @@
 // Mapping a VTODO onto a to-do's fields.
 #include "server_todo.h"
 
+#include "cal_date.h"
 #include "fnv_hash.h"
 #include "ical_text.h"
 #include "utf8_text.h"
@@ -40,13 +41,15 @@ int priorityOf(icalcomponent* vtodo) {
 }
 
 // A DUE with a time keeps the date it is written with; its time of day has no field here.
+// libical takes any digits for a date, so a day the calendar lacks is refused here.
 void readDue(icalcomponent* vtodo, ServerTodo& out) {
     icalproperty* p = icalcomponent_get_first_property(vtodo, ICAL_DUE_PROPERTY);
     if (p == nullptr)
         return;
     icaltimetype due = icalproperty_get_due(p);
     if (icaltime_is_null_time(due) || !icaltime_is_valid_time(due) || due.year < 1 ||
-        due.month < 1 || due.month > 12 || due.day < 1 || due.day > 31)
+        due.month < 1 || due.month > 12 || due.day < 1 ||
+        due.day > CalDate::daysInMonth(due.month, due.year))
         return;
     out.hasDue = true;
     out.year = due.year;

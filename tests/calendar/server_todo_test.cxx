@@ -33,6 +33,12 @@ TEST(ServerTodo, MapsOrDefaultsEachProperty) {
         {"PRIORITY:high\r\n", 5, false, 0, 0, 0, false, "", "Unassigned"},
         {"DUE:20300704T235959Z\r\n", 5, true, 7, 4, 2030, false, "", "Unassigned"},
         {"DUE:not a date\r\n", 5, false, 0, 0, 0, false, "", "Unassigned"},
+        {"DUE;VALUE=DATE:20280229\r\n", 5, true, 2, 29, 2028, false, "", "Unassigned"},
+        {"DUE;VALUE=DATE:20290229\r\n", 5, false, 0, 0, 0, false, "", "Unassigned"},
+        {"DUE;VALUE=DATE:20300431\r\n", 5, false, 0, 0, 0, false, "", "Unassigned"},
+        {"DUE;VALUE=DATE:20301301\r\n", 5, false, 0, 0, 0, false, "", "Unassigned"},
+        {"DUE;VALUE=DATE:20300001\r\n", 5, false, 0, 0, 0, false, "", "Unassigned"},
+        {"DUE;VALUE=DATE:20300100\r\n", 5, false, 0, 0, 0, false, "", "Unassigned"},
         {"STATUS:IN-PROCESS\r\n", 5, false, 0, 0, 0, false, "", "Unassigned"},
         {"SUMMARY:a\tb\\nc\r\nCATEGORIES:x\\ny\r\n", 5, false, 0, 0, 0, false, "a b c", "x y"},
     };
