@@ -40,6 +40,7 @@ install(FILES ${CMAKE_BINARY_DIR}/pindle-sync.service packaging/systemd/pindle-s
 if(PINDLE_BUILD_TESTS)
   add_executable(sync_tests
     tests/sync/local_matcher_test.cxx
+    tests/sync/dav_client_test.cxx
     tests/sync/dav_xml_test.cxx
     tests/sync/task_writer_test.cxx)
   target_include_directories(sync_tests PRIVATE tests)

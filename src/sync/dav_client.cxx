@@ -1,6 +1,7 @@
 // Requests through libcurl: URLs taken apart and put together by curl's URL API, never by hand.
 #include "dav_client.h"
 
+#include <arpa/inet.h>
 #include <cstring>
 #include <memory>
 
@@ -23,8 +24,12 @@ std::string urlPart(CURLU* url, CURLUPart part) {
     return out;
 }
 
+// 127.0.0.0/8 written as an address: a name that merely starts with "127." can point anywhere.
 bool isLoopback(const std::string& host) {
-    return host == "localhost" || host == "[::1]" || host == "::1" || host.rfind("127.", 0) == 0;
+    in_addr address{};
+    if (inet_pton(AF_INET, host.c_str(), &address) == 1)
+        return (ntohl(address.s_addr) >> 24) == 127;
+    return host == "localhost" || host == "[::1]";
 }
 
 std::string decode(const std::string& text) {
