@@ -27,7 +27,7 @@ TODOS = [
     Todo(3, 1, 2011, 1, 0, b"C" * 50, b"D" * 50, b"notes after a full description"),
     Todo(13, 0, 2020, -5, 0, b"", b"bad date, low priority", b""),
     Todo(2, 29, 2009, 2**31 - 1, 1, b"Work", b"Long notes",
-         ("caf\u00e9 \u20ac\U0001F600 " * 30).encode() + b"\x01bell"),
+         ("caf\u00e9 \u20ac\U0001F600 " * 30).encode() + b"\x01bell\t\b\f"),
     Todo(0, 0, 0, 0, 0, b"", b"", b""),
 ]
 CATEGORIES = [b"Unassigned", b"Work", b"Home, garden", b"Caf\xe9", b"N" * 51]
