@@ -28,18 +28,10 @@ bool TodoView::hasDate() const {
     return r.day >= 1 && r.day <= CalDate::daysInMonth(r.month, r.year);
 }
 
-std::string TodoView::formatDate(const char* pattern) const {
+std::string TodoView::isoDate() const {
     if (!hasDate())
         return {};
     char text[16];
-    std::snprintf(text, sizeof text, pattern, record_.year, record_.month, record_.day);
+    std::snprintf(text, sizeof text, "%04d-%02d-%02d", record_.year, record_.month, record_.day);
     return text;
-}
-
-std::string TodoView::isoDate() const {
-    return formatDate("%04d-%02d-%02d");
-}
-
-std::string TodoView::basicDate() const {
-    return formatDate("%04d%02d%02d");
 }

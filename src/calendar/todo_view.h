@@ -20,8 +20,6 @@ public:
     bool hasDate() const;
     // "YYYY-MM-DD", or empty without a date.
     std::string isoDate() const;
-    // "YYYYMMDD", or empty without a date.
-    std::string basicDate() const;
 
     // Stored priority + 1, wide enough that no stored value overflows it.
     long long priority() const { return static_cast<long long>(record_.priority) + 1; }
@@ -30,8 +28,6 @@ public:
     const TodoRecord& record() const { return record_; }
 
 private:
-    std::string formatDate(const char* pattern) const;
-
     const TodoRecord& record_;
     std::string category_;
     std::string description_;

@@ -71,6 +71,11 @@ TEST(VtodoFields, SetsFieldsOverWhatAVtodoHad) {
     for (const auto& [kind, value] : expected)
         EXPECT_EQ(property(vtodo, kind), value) << icalproperty_kind_to_string(kind);
     EXPECT_EQ(icalcomponent_count_properties(vtodo, ICAL_CATEGORIES_PROPERTY), 2);
+    // A to-do without a category takes away the one it had set, not the server's others.
+    auto bare = makeTodo(2, 28, 2005, 0, 0, "", "new", "");
+    VtodoFields::set(vtodo, TodoView(*bare));
+    EXPECT_EQ(property(vtodo, ICAL_CATEGORIES_PROPERTY), "B");
+    EXPECT_EQ(icalcomponent_count_properties(vtodo, ICAL_CATEGORIES_PROPERTY), 1);
     icalcomponent_free(vtodo);
 }
 
