@@ -59,4 +59,29 @@ TEST(LocalMatcher, FindsEachOldToDoOrItsGap) {
             << c.last << " -> " << c.now;
 }
 
+// A gap too large to align (1,001 old by 1,000 new) pairs its to-dos in order, as the small
+// gaps would; at the end of the list, where nothing follows to anchor it, it pairs none.
+TEST(LocalMatcher, PairsAHugeGapInOrder) {
+    auto numbered = [](const char* prefix, int count) {
+        std::vector<RecordDigest> out;
+        for (int i = 0; i < count; i++) {
+            TodoRecord r;
+            r.setDescription((prefix + std::to_string(i)).c_str());
+            out.push_back(RecordDigest::of(r));
+        }
+        return out;
+    };
+    std::vector<RecordDigest> last = numbered("old ", 1001), now = numbered("new ", 1000);
+    std::vector<int> atEnd(1001, -1);
+    EXPECT_EQ(LocalMatcher::match(last, now), atEnd);
+    last.push_back(digestOf('Z'));
+    now.push_back(digestOf('Z'));
+    std::vector<int> found = LocalMatcher::match(last, now);
+    ASSERT_EQ(found.size(), 1002u);
+    for (int i = 0; i < 1000; i++)
+        ASSERT_EQ(found[i], i);
+    EXPECT_EQ(found[1000], -1);
+    EXPECT_EQ(found[1001], 1000);
+}
+
 } // namespace
