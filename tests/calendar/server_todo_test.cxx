@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <set>
 #include <string>
 
 namespace {
@@ -27,6 +29,8 @@ TEST(ServerTodo, MapsOrDefaultsEachProperty) {
          "CATEGORIES:Work,Home\r\n",
          3, true, 12, 31, 2030, true, "s", "Work"},
         {"", 5, false, 0, 0, 0, false, "", "Unassigned"},
+        {"PRIORITY:1\r\n", 1, false, 0, 0, 0, false, "", "Unassigned"},
+        {"PRIORITY:9\r\n", 9, false, 0, 0, 0, false, "", "Unassigned"},
         {"PRIORITY:0\r\n", 5, false, 0, 0, 0, false, "", "Unassigned"},
         {"PRIORITY:10\r\n", 5, false, 0, 0, 0, false, "", "Unassigned"},
         {"PRIORITY:-1\r\n", 5, false, 0, 0, 0, false, "", "Unassigned"},
@@ -65,14 +69,34 @@ TEST(ServerTodo, RefusesWhatHoldsNoTask) {
         EXPECT_FALSE(ServerTodo::parse(ics, todo)) << ics;
 }
 
-TEST(ServerTodo, DigestIgnoresTodayButNotAMissingDate) {
-    ServerTodo a, b;
-    ASSERT_TRUE(ServerTodo::parse(calendar("SUMMARY:x\r\n"), a));
-    ASSERT_TRUE(ServerTodo::parse(calendar("SUMMARY:x\r\nDUE;VALUE=DATE:20300101\r\n"), b));
-    EXPECT_NE(a.digest(), b.digest());
+// A change to any one mapped field changes the digest; so does losing the due date.
+TEST(ServerTodo, DigestFollowsEveryMappedField) {
+    const char* base = "SUMMARY:s\r\nDESCRIPTION:d\r\nCATEGORIES:c\r\nPRIORITY:2\r\n";
+    const char* variants[] = {
+        "DUE;VALUE=DATE:20300102\r\n",
+        "DUE;VALUE=DATE:20310102\r\n",
+        "DUE;VALUE=DATE:20300202\r\n",
+        "DUE;VALUE=DATE:20300103\r\n",
+        "",
+        "DUE;VALUE=DATE:20300102\r\nSTATUS:COMPLETED\r\n",
+        "DUE;VALUE=DATE:20300102\r\nSUMMARY:t\r\n",
+        "DUE;VALUE=DATE:20300102\r\nDESCRIPTION:e\r\n",
+        "DUE;VALUE=DATE:20300102\r\nCATEGORIES:b\r\n",
+        "DUE;VALUE=DATE:20300102\r\nPRIORITY:3\r\n",
+    };
+    std::set<std::uint64_t> digests;
+    for (const char* variant : variants) {
+        ServerTodo todo;
+        // The variant's properties come first: libical reads the first of each.
+        ASSERT_TRUE(ServerTodo::parse(calendar(std::string(variant) + base), todo)) << variant;
+        digests.insert(todo.digest());
+    }
+    EXPECT_EQ(digests.size(), std::size(variants));
     // Without DUE a task takes the day it comes down on; its digest stays the same.
+    ServerTodo undated;
+    ASSERT_TRUE(ServerTodo::parse(calendar(base), undated));
     TodoRecord record;
-    a.fill(record, 5, 6, 2031);
+    undated.fill(record, 5, 6, 2031);
     EXPECT_EQ(record.month * 100 + record.day, 506);
     EXPECT_EQ(record.year, 2031);
 }

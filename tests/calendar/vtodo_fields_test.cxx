@@ -28,7 +28,8 @@ TEST(TodoView, WritesOnlyRealCalendarDatesWithFourDigitYears) {
     const std::pair<CalDate, const char*> cases[] = {
         {{1, 1, 1}, "0001-01-01"}, {{12, 31, 9999}, "9999-12-31"},
         {{1, 1, 0}, ""},           {{1, 1, 10000}, ""},
-        {{4, 31, 2005}, ""},       {{-1, -1, -1}, ""}};
+        {{4, 31, 2005}, ""},       {{-1, -1, -1}, ""},
+        {{1, 0, 2030}, ""},        {{2, 29, 2028}, "2028-02-29"}};
     for (const auto& [date, iso] : cases) {
         auto r = makeTodo(date.month, date.day, date.year, 0, 0, "", "", "");
         EXPECT_EQ(TodoView(*r).isoDate(), iso) << date.year;
