@@ -1,9 +1,7 @@
-"""pindle_sync against a server that sends what no well-behaved one would: huge texts, bytes that
-are not UTF-8, tasks missing their fields or holding odd ones, broken iCalendar and broken XML.
-Radicale validates what it stores, so this small server of our own answers every REPORT with the
-reply a test gives it. No reply may crash the sync or put anything outside its field. Also here,
-as they need no real server: the command line and its help, the progress shown on a terminal, and
-a data folder that cannot be written (a read-only file, a full file system).
+"""pindle_sync against a small server of our own that answers each REPORT with the reply a test
+gives it (Radicale validates what it stores): huge texts, bytes that are not UTF-8, broken
+iCalendar and XML. Also what needs no real server: the command line, the progress shown on a
+terminal, a data folder that cannot be written.
 Usage: hostile_server_test.py PINDLE_SYNC"""
 
 import http.server
@@ -18,6 +16,9 @@ import unittest
 from xml.sax.saxutils import escape
 
 import sync_fixture as fx
+from records import Todo
+
+NEW = Todo(1, 2, 2030, 0, 0, b"Unassigned", b"New here", b"")
 
 
 class Hostile(http.server.BaseHTTPRequestHandler):
@@ -77,7 +78,7 @@ def vtodo(*lines):
                          b"END:VTODO", b"END:VCALENDAR", b""])
 
 
-class HostileReplies(unittest.TestCase):
+class HostileCase(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Hostile)
@@ -89,9 +90,11 @@ class HostileReplies(unittest.TestCase):
         cls.server.shutdown()
         cls.server.server_close()
 
+
+class HostileReplies(HostileCase):
     def sync(self, reply, todos=()):
         Hostile.reply = reply
-        self.folder = fx.Folder(list(todos), [b"Unassigned"])
+        self.folder = fx.Folder(todos)
         self.addCleanup(self.folder.close)
         result = self.folder.sync(self.url)
         self.assertGreaterEqual(result.returncode, 0, "killed by a signal")
@@ -113,11 +116,20 @@ class HostileReplies(unittest.TestCase):
             b"\x01garbage" * 1000,
             b"BEGIN:VCALENDAR\r\n" + b"BEGIN:VTODO\r\n" * 2000,
             vtodo(b"UID:controls", b"SUMMARY:a\x02b", b"DESCRIPTION:\x7f\x01\x1b[31m"),
+            vtodo(b"UID:long", ("SUMMARY:" + "\u00e9" * 30 + "x").encode(),
+                  ("DESCRIPTION:" + "\u20ac" * 12000).encode(),
+                  ("CATEGORIES:" + "\U0001F600" * 20).encode(), b"PRIORITY:9",
+                  b"DUE:20300704T235959Z"),
         )
         result = self.sync(reply)
         self.assertEqual(result.returncode, 0, result.stderr)
         todos = self.folder.todos()  # strict: whole records, zeros after every terminator
-        self.assertGreaterEqual(len(todos), 4)
+        self.assertGreaterEqual(len(todos), 5)
+        # Cut to the field, never inside a character: the notes to 31998 of 31999 bytes.
+        long = Todo(7, 4, 2030, 8, 0, "\U0001F600".encode() * 12, "\u00e9".encode() * 25,
+                    "\u20ac".encode() * 10666)
+        self.assertIn(long, todos)
+        self.assertIn(long.category, self.folder.categories())
         for t in todos:
             for text, size in ((t.description, 50), (t.category, 50), (t.notes, 31999)):
                 self.assertLessEqual(len(text), size)
@@ -174,11 +186,10 @@ class HostileReplies(unittest.TestCase):
             with self.subTest(status=status):
                 Hostile.put_status = status
                 self.addCleanup(setattr, Hostile, "put_status", 201)
-                new = fx.records.Todo(1, 2, 2030, 0, 0, b"Unassigned", b"New here", b"")
-                result = self.sync(multistatus(), [new])
+                result = self.sync(multistatus(), [NEW])
                 self.assertEqual(result.returncode, 1)
                 self.assertIn(reason, result.stderr)
-                self.assertEqual(self.folder.todos(), [new])
+                self.assertEqual(self.folder.todos(), [NEW])
                 with open(os.path.join(self.folder.path, ".pindle_sync.json")) as f:
                     self.assertEqual(json.load(f)["todos"], [])
 
@@ -188,8 +199,7 @@ class HostileReplies(unittest.TestCase):
         Hostile.tokenless_from_t1, Hostile.propfind_status = True, 500
         self.addCleanup(setattr, Hostile, "tokenless_from_t1", False)
         self.addCleanup(setattr, Hostile, "propfind_status", 207)
-        new = fx.records.Todo(1, 2, 2030, 0, 0, b"Unassigned", b"New here", b"")
-        self.assertEqual(self.sync(multistatus(), [new]).returncode, 0)
+        self.assertEqual(self.sync(multistatus(), [NEW]).returncode, 0)
         with open(os.path.join(self.folder.path, ".pindle_sync.json")) as f:
             self.assertEqual(json.load(f)["sync_token"], "t1")
 
@@ -199,77 +209,40 @@ class HostileReplies(unittest.TestCase):
         Hostile.reply = multistatus()
         Hostile.put_seconds = 0.004
         self.addCleanup(setattr, Hostile, "put_seconds", 0)
-        new = [fx.records.Todo(1, 2, 2030, 0, 0, b"Unassigned", b"New %d" % i, b"")
-               for i in range(300)]
-        self.folder = fx.Folder(new, [b"Unassigned"])
-        self.addCleanup(self.folder.close)
+        folder = fx.Folder([NEW._replace(description=b"New %d" % i) for i in range(300)])
+        self.addCleanup(folder.close)
         controller, terminal = pty.openpty()
-        process = subprocess.Popen([fx.PROGRAM, "--dir", self.folder.path, "--url", self.url,
-                                    "--user", fx.USER, "--password-file",
-                                    self.folder.password_file],
-                                   stdout=subprocess.PIPE, stderr=terminal)
+        process = subprocess.Popen([fx.PROGRAM, "--dir", folder.path, "--url", self.url,
+                                    "--user", fx.USER, "--password-file", folder.password_file],
+                                   stdout=subprocess.DEVNULL, stderr=terminal)
         os.close(terminal)
-        shown = b""
-        while True:
-            try:
-                chunk = os.read(controller, 4096)
-            except OSError:  # the terminal's other end closed
-                break
-            if not chunk:
-                break
-            shown += chunk
+        shown = fx.read_terminal(controller)
         os.close(controller)
-        process.stdout.read()
-        process.stdout.close()
         self.assertEqual(process.wait(), 0)
         self.assertIn(b"pindle_sync: 300 of 300\r\n", shown)
         self.assertTrue(shown.startswith(b"\rpindle_sync: "), shown[:40])
 
 
-def in_private_mounts(script, *args):
-    """Runs a shell script as root in a mount namespace of its own, so that what it mounts is
-    seen by nothing else; None where no such namespace can be made."""
-    if os.geteuid() != 0 or subprocess.run(["unshare", "--mount", "true"],
-                                           stderr=subprocess.DEVNULL).returncode != 0:
-        return None
-    return subprocess.run(["unshare", "--mount", "sh", "-euc", script, "sh", *args],
-                          stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=120)
-
-
-class UnwritableFolder(unittest.TestCase):
+class UnwritableFolder(HostileCase):
     """A folder whose files cannot be written: refused before any request, or the state that
     cannot be saved reported, with nothing half-written left behind."""
 
-    @classmethod
-    def setUpClass(cls):
-        cls.server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Hostile)
-        cls.url = "http://127.0.0.1:%d/tasks/" % cls.server.server_address[1]
-        threading.Thread(target=cls.server.serve_forever, daemon=True).start()
-
-    @classmethod
-    def tearDownClass(cls):
-        cls.server.shutdown()
-        cls.server.server_close()
-
-    def setUp(self):
-        Hostile.reply = multistatus()
-        self.folder = fx.Folder([fx.records.Todo(1, 2, 2030, 0, 0, b"Unassigned", b"A", b"")],
-                                [b"Unassigned"])
-        self.addCleanup(self.folder.close)
-
     def sync_in(self, script):
-        """The sync run after `script` prepared the folder, $1, in private mounts; $6 holds a
-        copy of the folder's files."""
-        source = os.path.join(self.folder.dir.name, "source")
-        shutil.copytree(self.folder.path, source)
-        result = in_private_mounts(
-            script + '\n"$2" --dir "$1" --url "$3" --user "$4" --password-file "$5" || '
-            'echo "status $?"\nls -A "$1"',
-            self.folder.path, fx.PROGRAM, self.url, fx.USER, self.folder.password_file, source)
-        shutil.rmtree(source)
-        if result is None:
+        """The sync run as root after `script` prepared the folder, $1, in a mount namespace of
+        its own that nothing else sees; $6 holds a copy of the folder's files."""
+        if os.geteuid() != 0 or subprocess.run(["unshare", "--mount", "true"],
+                                               stderr=subprocess.DEVNULL).returncode != 0:
             self.skipTest("needs root and a mount namespace of its own")
-        return result
+        Hostile.reply = multistatus()
+        folder = fx.Folder([NEW])
+        self.addCleanup(folder.close)
+        source = os.path.join(folder.dir.name, "source")
+        shutil.copytree(folder.path, source)
+        script += ('\n"$2" --dir "$1" --url "$3" --user "$4" --password-file "$5" || '
+                   'echo "status $?"\nls -A "$1"')
+        return subprocess.run(["unshare", "--mount", "sh", "-euc", script, "sh", folder.path,
+                               fx.PROGRAM, self.url, fx.USER, folder.password_file, source],
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=120)
 
     def test_a_read_only_file_is_refused_before_any_request(self):
         for name in ("pindle_todo.db", "cat.db"):

@@ -1,11 +1,9 @@
-"""What the sync tests share: CalDAV servers of their own (Radicale, also over HTTPS, and
-Xandikos, also without sync-collection), each on a free loopback port with a temporary store, a
-caldav client playing the user's second device, data folders written and read through
-tests/support/records.py, pindle_sync runs, and the program's window open on a folder, driven with
-xdotool and read off the screen."""
+"""What the sync tests share: CalDAV servers on free loopback ports, a caldav client as the
+user's second device, data folders, pindle_sync runs, and the program's window on a folder."""
 
 import os
 import re
+import select
 import socket
 import subprocess
 import sys
@@ -28,31 +26,39 @@ def free_port():
         return s.getsockname()[1]
 
 
-def wait_for_port(port, process, seconds=30):
-    deadline = time.monotonic() + seconds
-    while time.monotonic() < deadline:
-        if process.poll() is not None:
-            raise RuntimeError("the server stopped at start-up")
+def private_file(path, text):
+    with open(os.open(path, os.O_WRONLY | os.O_CREAT | os.O_TRUNC, 0o600), "w") as f:
+        f.write(text)
+
+
+def read_terminal(terminal, until=None, seconds=60):
+    """What a program shows on its terminal: up to `until`, or to its end."""
+    shown, deadline = b"", time.monotonic() + seconds
+    while until is None or until not in shown:
+        left = deadline - time.monotonic()
+        if left <= 0 or not select.select([terminal], [], [], left)[0]:
+            raise AssertionError(f"the terminal showed {shown!r}, then nothing")
         try:
-            socket.create_connection(("127.0.0.1", port), timeout=1).close()
-            return
-        except OSError:
-            time.sleep(0.1)
-    raise RuntimeError("the server did not start")
+            chunk = os.read(terminal, 1024)
+        except OSError:  # the program ended and its side of the terminal closed
+            chunk = b""
+        if not chunk:
+            if until is None:
+                break
+            raise AssertionError(f"the program ended after showing {shown!r}")
+        shown += chunk
+    return shown
 
 
 class Server:
-    """A server in a temporary folder on a free loopback port. What a test sees of each: its
-    URL, a new task collection with a caldav client on it, the methods of the requests its log
-    shows, stopping and starting it again, and the options pindle_sync needs to reach it.
-    Each kind says what it cannot do: LOSES names the round-trip cases whose text the server
-    itself changes, with why; SIGN_IN whether it asks for a password at all; SYNC_COLLECTION
-    whether it offers RFC 6578 sync-collection."""
+    """A server with a temporary store on a free loopback port, logging each request's method.
+    LOSES names the round-trip cases whose text the server itself changes, with why."""
 
     SCHEME = "http"
     LOSES = {}
     SIGN_IN = True
-    SYNC_COLLECTION = True
+    SYNC_COLLECTION = True  # RFC 6578
+    certificate = None  # a certificate no system trusts, given with --ca-file
 
     def __init__(self):
         self.dir = tempfile.TemporaryDirectory()
@@ -63,16 +69,20 @@ class Server:
         self.start()
 
     def prepare(self):
-        """Writes what the server reads at start-up."""
-
-    def command(self):
-        raise NotImplementedError
+        pass
 
     def start(self):
         self.log = open(self.log_path, "a")
         self.process = subprocess.Popen(self.command(), stdout=self.log,
                                         stderr=subprocess.STDOUT)
-        wait_for_port(self.port, self.process)
+        deadline = time.monotonic() + 30
+        while self.process.poll() is None and time.monotonic() < deadline:
+            try:
+                socket.create_connection(("127.0.0.1", self.port), timeout=1).close()
+                return
+            except OSError:
+                time.sleep(0.1)
+        raise RuntimeError("the server did not start")
 
     def stop(self):
         self.process.terminate()
@@ -88,13 +98,13 @@ class Server:
         return os.path.getsize(self.log_path)
 
     def requests_since(self, offset):
-        """The methods of the requests logged after `offset`, in order."""
         with open(self.log_path) as f:
             f.seek(offset)
             return re.findall(self.REQUEST_LINE, f.read(), re.MULTILINE)
 
     def client(self):
-        return caldav.DAVClient(self.url, username=USER, password=PASSWORD)
+        return caldav.DAVClient(self.url, username=USER, password=PASSWORD,
+                                ssl_verify_cert=self.certificate or True)
 
     def new_collection(self, name):
         """A new VTODO collection, and a caldav client on it as the second device."""
@@ -103,7 +113,7 @@ class Server:
         return str(calendar.url), calendar
 
     def sync_options(self):
-        return []
+        return ["--ca-file", self.certificate] if self.certificate else []
 
 
 # Radicale as its command line starts it, less the fsync after every write (an option its own
@@ -130,24 +140,20 @@ class Radicale(Server):
         with open(os.path.join(self.dir.name, "users"), "w") as f:
             f.write(f"{USER}:{PASSWORD}\n")
         self.config = os.path.join(self.dir.name, "config")
+        tls = (f"ssl = True\ncertificate = {self.certificate}\nkey = {self.key}\n"
+               if self.certificate else "")
         with open(self.config, "w") as f:
-            f.write(f"[server]\nhosts = 127.0.0.1:{self.port}\n{self.server_options()}"
+            f.write(f"[server]\nhosts = 127.0.0.1:{self.port}\n{tls}"
                     f"[auth]\ntype = htpasswd\nhtpasswd_filename = {self.dir.name}/users\n"
                     "htpasswd_encryption = plain\ndelay = 0\n"
                     f"[storage]\nfilesystem_folder = {self.dir.name}/store\n"
                     "[rights]\ntype = owner_only\n[logging]\nlevel = info\nmask_passwords = True\n")
-
-    def server_options(self):
-        return ""
 
     def command(self):
         return [sys.executable, "-c", RADICALE, self.config]
 
 
 class RadicaleOverHttps(Radicale):
-    """Radicale with a certificate of its own for 127.0.0.1 that no system trusts: pindle_sync
-    reaches it with --ca-file, and the second device with the same file."""
-
     SCHEME = "https"
 
     def prepare(self):
@@ -159,16 +165,6 @@ class RadicaleOverHttps(Radicale):
                         "-keyout", self.key, "-out", self.certificate],
                        check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         super().prepare()
-
-    def server_options(self):
-        return f"ssl = True\ncertificate = {self.certificate}\nkey = {self.key}\n"
-
-    def client(self):
-        return caldav.DAVClient(self.url, username=USER, password=PASSWORD,
-                                ssl_verify_cert=self.certificate)
-
-    def sync_options(self):
-        return ["--ca-file", self.certificate]
 
 
 # Xandikos as its command line starts it, logging each request as it arrives (its own log
@@ -192,8 +188,7 @@ web.main(sys.argv)
 
 
 class Xandikos(Server):
-    """Xandikos, which signs nobody in (it is meant to sit behind a proxy that does) and keeps
-    each task as python-icalendar writes it again."""
+    """Xandikos, which signs nobody in (it is meant to sit behind a proxy that does)."""
 
     REQUEST_LINE = r"^request (\w+) "
     SIGN_IN = False
@@ -235,14 +230,13 @@ def tasks(calendar):
 class Folder:
     """A data folder with a private password file beside it."""
 
-    def __init__(self, todos=None, categories=None):
+    def __init__(self, todos=(), categories=(b"Unassigned",)):
         self.dir = tempfile.TemporaryDirectory()
         self.path = os.path.join(self.dir.name, "data")
         os.mkdir(self.path)
         self.password_file = os.path.join(self.dir.name, "password")
-        with open(os.open(self.password_file, os.O_WRONLY | os.O_CREAT, 0o600), "w") as f:
-            f.write(PASSWORD + "\n")
-        records.write_files(self.path, todos, categories)
+        private_file(self.password_file, PASSWORD + "\n")
+        records.write_files(self.path, list(todos), list(categories))
 
     def todos(self):
         return records.read_todos(os.path.join(self.path, "pindle_todo.db"))
@@ -271,8 +265,7 @@ class Folder:
 
 
 class Window:
-    """pindle_todo open on a folder, on a private Xvfb display of its own so that no other test's
-    window takes its clicks."""
+    """pindle_todo on a folder, on an Xvfb display of its own where no other test clicks."""
 
     # Window-relative points: the to-do tab, New, and the entry dialog's description and Save.
     TODO_TAB, NEW = (40, 37), (475, 77)
@@ -351,9 +344,6 @@ class Window:
             if taken > seconds:
                 raise AssertionError(f"the list shows {self.listed_lines()} lines, not {count}")
             time.sleep(0.02)
-
-    def running(self):
-        return self.process.poll() is None
 
     def close(self):
         """Ends the program and the display; what the program said on stderr."""
