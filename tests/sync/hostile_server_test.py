@@ -92,6 +92,12 @@ class HostileCase(unittest.TestCase):
 
 
 class HostileReplies(HostileCase):
+    def serve(self, **answers):
+        """Sets how the server answers, for this test only."""
+        for name, value in answers.items():
+            self.addCleanup(setattr, Hostile, name, getattr(Hostile, name))
+            setattr(Hostile, name, value)
+
     def sync(self, reply, todos=()):
         Hostile.reply = reply
         self.folder = fx.Folder(todos)
@@ -158,17 +164,14 @@ class HostileReplies(HostileCase):
     def test_a_server_without_sync_collection_is_listed_by_etag(self):
         """Refused in any of the ways servers refuse a report they lack, sync-collection gives
         way to a PROPFIND of the ETags, and the state keeps no token; a server error does not."""
-        Hostile.listing = (b'<d:multistatus xmlns:d="DAV:"><d:response><d:href>/tasks/</d:href>'
-                           b"<d:propstat><d:prop/><d:status>HTTP/1.1 200 OK</d:status>"
-                           b"</d:propstat></d:response><d:response><d:href>/tasks/0.ics</d:href>"
-                           b"<d:propstat>"
-                           b'<d:prop><d:getetag>"0"</d:getetag></d:prop><d:status>HTTP/1.1 200 '
-                           b"OK</d:status></d:propstat></d:response></d:multistatus>")
-        self.addCleanup(setattr, Hostile, "sync_collection_status", 207)
-        self.addCleanup(setattr, Hostile, "listing", b"")
+        self.serve(listing=b'<d:multistatus xmlns:d="DAV:"><d:response><d:href>/tasks/</d:href>'
+                   b"<d:propstat><d:prop/><d:status>HTTP/1.1 200 OK</d:status></d:propstat>"
+                   b"</d:response><d:response><d:href>/tasks/0.ics</d:href><d:propstat>"
+                   b'<d:prop><d:getetag>"0"</d:getetag></d:prop><d:status>HTTP/1.1 200 OK'
+                   b"</d:status></d:propstat></d:response></d:multistatus>")
         for status, listed in ((400, True), (403, True), (405, True), (501, True), (500, False)):
             with self.subTest(status=status):
-                Hostile.sync_collection_status = status
+                self.serve(sync_collection_status=status)
                 result = self.sync(multistatus(vtodo(b"UID:a", b"SUMMARY:Listed by ETag")))
                 self.assertEqual(result.returncode, 0 if listed else 1, result.stderr)
                 self.assertEqual(result.stdout, b"pindle_sync: sent 0 new, 0 changed, 0 deleted; "
@@ -184,8 +187,7 @@ class HostileReplies(HostileCase):
         for status, reason in ((412, b"kept changing"), (300, b"answered 300"),
                                (500, b"answered 500")):
             with self.subTest(status=status):
-                Hostile.put_status = status
-                self.addCleanup(setattr, Hostile, "put_status", 201)
+                self.serve(put_status=status)
                 result = self.sync(multistatus(), [NEW])
                 self.assertEqual(result.returncode, 1)
                 self.assertIn(reason, result.stderr)
@@ -196,9 +198,7 @@ class HostileReplies(HostileCase):
     def test_a_failed_listing_after_the_writes_keeps_the_token(self):
         """The listing that would show the sync's own writes fails (no token, then a PROPFIND
         answered 500): the token read before them stays, for the next sync to start from."""
-        Hostile.tokenless_from_t1, Hostile.propfind_status = True, 500
-        self.addCleanup(setattr, Hostile, "tokenless_from_t1", False)
-        self.addCleanup(setattr, Hostile, "propfind_status", 207)
+        self.serve(tokenless_from_t1=True, propfind_status=500)
         self.assertEqual(self.sync(multistatus(), [NEW]).returncode, 0)
         with open(os.path.join(self.folder.path, ".pindle_sync.json")) as f:
             self.assertEqual(json.load(f)["sync_token"], "t1")
@@ -206,9 +206,7 @@ class HostileReplies(HostileCase):
     def test_progress_on_a_terminal(self):
         """A sync of a few hundred writes shows how far it is on stderr when that is a
         terminal, once it takes longer than a moment, and ends the line it redraws."""
-        Hostile.reply = multistatus()
-        Hostile.put_seconds = 0.004
-        self.addCleanup(setattr, Hostile, "put_seconds", 0)
+        self.serve(reply=multistatus(), put_seconds=0.004)
         folder = fx.Folder([NEW._replace(description=b"New %d" % i) for i in range(300)])
         self.addCleanup(folder.close)
         controller, terminal = pty.openpty()
@@ -275,14 +273,10 @@ class CommandLine(unittest.TestCase):
         with open(golden, "rb") as f:
             self.assertEqual((result.returncode, result.stdout, result.stderr),
                              (0, f.read(), b""))
-        for args, reason in ((["--url"], "option --url needs a value"),
-                             (["--d", "x"], "ambiguous option '--d' (--dir, --dry-run)"),
+        for args, reason in ((["--d", "x"], "ambiguous option '--d' (--dir, --dry-run)"),
                              (["--dir=", "--url", "https://x/", "--user", "a"],
                               "option --dir needs a folder"),
-                             (["--dir", ".", "--user", "a"], "give the task collection with"),
-                             (["--dir", ".", "--url", "https://x/"], "give the user name with"),
-                             (["--dir=.", "--url=https://x/", "--user=a", "extra"],
-                              "unexpected argument 'extra'")):
+                             (["--dir", ".", "--user", "a"], "give the task collection with")):
             with self.subTest(args=args):
                 result = subprocess.run([fx.PROGRAM, *args], stdout=subprocess.PIPE,
                                         stderr=subprocess.PIPE)

@@ -64,28 +64,32 @@ class Settings(unittest.TestCase):
 
     def test_set_up_once_then_sync_with_no_options(self):
         self.device.save_todo(fx.vtodo("phone", "From the phone", DUE="20300301"))
-        result = self.run_sync("--setup", "--url", self.url, "--user", fx.USER,
-                               password=fx.PASSWORD)
-        self.assertEqual(result.returncode, 0, result.stderr)
-        self.assertEqual(os.stat(self.config).st_mode & 0o777, 0o600)
-        self.assertEqual(os.stat(os.path.dirname(self.config)).st_mode & 0o777, 0o700)
-        self.assertEqual(os.stat(self.data).st_mode & 0o777, 0o700)
+        pid, terminal = pty.fork()
+        if pid == 0:
+            os.execve(fx.PROGRAM, [fx.PROGRAM, "--setup", "--url", self.url, "--user", fx.USER],
+                      self.env)
+        shown = fx.read_terminal(terminal, until=b"Password for")
+        os.write(terminal, fx.PASSWORD.encode() + b"\n")
+        shown += fx.read_terminal(terminal)
+        self.assertEqual(os.waitpid(pid, 0)[1], 0, shown)
+        self.assertNotIn(fx.PASSWORD.encode(), shown, "the password typed was shown")
+        self.assertIn(b"set up for alice", shown)
         self.assertEqual(self.lookup(self.url), fx.PASSWORD)
+        self.assertEqual([os.stat(p).st_mode & 0o777 for p in
+                          (self.config, os.path.dirname(self.config), self.data)],
+                         [0o600, 0o700, 0o700])
         result = self.run_sync()
         self.assertEqual(result.returncode, 0, result.stderr)
         todos = fx.records.read_todos(os.path.join(self.data, "pindle_todo.db"))
         self.assertEqual([t.description for t in todos], [b"From the phone"])
         # The command line wins over the settings: another folder, a password file.
-        other = os.path.join(self.home, "other")
-        os.mkdir(other)
-        fx.records.write_files(other, [Todo(1, 1, 2030, 0, 0, b"Unassigned", b"Other", b"")],
-                               [b"Unassigned"])
-        wrong = os.path.join(self.home, "wrong")
-        fx.private_file(wrong, "not it\n")
-        result = self.run_sync("--dir", other, "--password-file", wrong)
+        other = fx.Folder([Todo(1, 1, 2030, 0, 0, b"Unassigned", b"Other", b"")])
+        self.addCleanup(other.close)
+        fx.private_file(other.password_file, "not it\n")
+        result = self.run_sync("--dir", other.path, "--password-file", other.password_file)
         self.assertEqual(result.returncode, 1)
         self.assertIn(b"401", result.stderr)
-        self.assertEqual(self.run_sync("--dir", other).returncode, 0)
+        self.assertEqual(self.run_sync("--dir", other.path).returncode, 0)
         self.assertEqual(sorted(str(t["SUMMARY"]) for t in fx.tasks(self.device).values()),
                          ["From the phone", "Other"])
 
@@ -102,19 +106,6 @@ class Settings(unittest.TestCase):
                 self.assertIn(reason, result.stderr.decode())
                 self.assertFalse(os.path.exists(self.config))
                 self.assertEqual(self.lookup(url), "")
-
-    def test_the_password_asked_on_the_terminal_is_not_shown(self):
-        pid, terminal = pty.fork()
-        if pid == 0:
-            os.execve(fx.PROGRAM, [fx.PROGRAM, "--setup", "--url", self.url, "--user", fx.USER],
-                      self.env)
-        shown = fx.read_terminal(terminal, until=b"Password for")
-        os.write(terminal, fx.PASSWORD.encode() + b"\n")
-        shown += fx.read_terminal(terminal)
-        self.assertEqual(os.waitpid(pid, 0)[1], 0, shown)
-        self.assertNotIn(fx.PASSWORD.encode(), shown)
-        self.assertIn(b"set up for alice", shown)
-        self.assertEqual(self.lookup(self.url), fx.PASSWORD)
 
     def test_a_password_file_the_environment_or_one_stored_with_secret_tool(self):
         password_file = os.path.join(self.home, "pw")
