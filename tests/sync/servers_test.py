@@ -1,6 +1,4 @@
-"""pindle_sync against real CalDAV servers: the same table of cases against each (see
-sync_fixture), with the caldav module as the user's second device; Failures and Scale against
-Radicale alone.
+"""pindle_sync against real CalDAV servers, the caldav module as the user's second device.
 Usage: servers_test.py PINDLE_SYNC [PINDLE_TODO] [Radicale|RadicaleOverHttps|Xandikos|
        XandikosWithoutSyncCollection|BesideTheWindow|Failures|Scale[.test_name]]..."""
 
@@ -33,8 +31,7 @@ def by_summary(calendar):
 
 
 class ServerCase:
-    """A server of the class SERVER for the whole class, a collection of its own for each test,
-    and data folders that go with the test."""
+    """A server of the class SERVER for the whole class, a collection of its own for each test."""
 
     SERVER = None
 

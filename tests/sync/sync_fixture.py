@@ -315,26 +315,23 @@ class Window:
         self.run("xdotool", "type", "--delay", "20", description)
         self.click(self.SAVE, entry)
 
-    def listed_lines(self):
-        """How many of the to-do list's first six lines show text, read off the screen."""
-        shot = self.run("xwd", "-silent", "-id", self.id, stdout=subprocess.PIPE).stdout
+    def wait_for_lines(self, count, seconds=5):
+        """Seconds until `count` of the to-do list's first six lines show text, as of the
+        screenshot that showed them."""
         crops = []
         for i in range(1, 7):
             crops += ["(", "-clone", "0", "-crop", f"580x13+20+{97 + 17 * i}", "-format",
                       "%[fx:mean<0.99]\\n", "-write", "info:", ")"]
-        out = self.run("convert", "xwd:-", *crops, "null:", input=shot,
-                       stdout=subprocess.PIPE).stdout.decode()
-        return out.split().count("1")
-
-    def wait_for_lines(self, count, seconds=5):
-        """Seconds until the list shows `count` lines, as of the screenshot that showed them."""
         start = time.monotonic()
         while True:
             taken = time.monotonic() - start
-            if self.listed_lines() == count:
+            shot = self.run("xwd", "-silent", "-id", self.id, stdout=subprocess.PIPE).stdout
+            shown = self.run("convert", "xwd:-", *crops, "null:", input=shot,
+                             stdout=subprocess.PIPE).stdout.split().count(b"1")
+            if shown == count:
                 return taken
             if taken > seconds:
-                raise AssertionError(f"the list shows {self.listed_lines()} lines, not {count}")
+                raise AssertionError(f"the list shows {shown} lines, not {count}")
             time.sleep(0.02)
 
     def close(self):
