@@ -20,12 +20,6 @@ PROGRAM = None
 WINDOW_PROGRAM = None
 
 
-def free_port():
-    with socket.socket() as s:
-        s.bind(("127.0.0.1", 0))
-        return s.getsockname()[1]
-
-
 def private_file(path, text):
     with open(os.open(path, os.O_WRONLY | os.O_CREAT | os.O_TRUNC, 0o600), "w") as f:
         f.write(text)
@@ -59,7 +53,9 @@ class Server:
 
     def __init__(self):
         self.dir = tempfile.TemporaryDirectory()
-        self.port = free_port()
+        with socket.socket() as s:
+            s.bind(("127.0.0.1", 0))
+            self.port = s.getsockname()[1]
         self.url = f"{self.SCHEME}://127.0.0.1:{self.port}/"
         self.log_path = os.path.join(self.dir.name, "log")
         self.prepare()
@@ -217,11 +213,8 @@ def vtodo(uid, summary=None, **props):
 
 def tasks(calendar):
     """The collection's VTODOs by UID, as icalendar components."""
-    out = {}
-    for todo in calendar.todos(include_completed=True):
-        component = todo.icalendar_instance.walk("VTODO")[0]
-        out[str(component["UID"])] = component
-    return out
+    todos = (t.icalendar_instance.walk("VTODO")[0] for t in calendar.todos(include_completed=True))
+    return {str(c["UID"]): c for c in todos}
 
 
 class Folder:
