@@ -45,41 +45,39 @@ def write_files(folder, todos, names):
                 f.write(encode(items))
 
 
-def _text(record, at_size, strict):
+def _text(record, at_size):
     at, size = at_size
     field = record[at:at + size]
     end = field.find(b"\0")
-    if end < 0:
-        return field
-    if strict and field[end:] != bytes(size - end):
+    if end >= 0 and field[end:] != bytes(size - end):
         raise ValueError(f"bytes after the terminator at offset {at}")
-    return field[:end]
+    return field if end < 0 else field[:end]
 
 
-def _records(path, size, strict):
+def _records(path, size):
     with open(path, "rb") as f:
         data = f.read()
-    if strict and len(data) % size:
+    if len(data) % size:
         raise ValueError(f"{len(data)} bytes is not a whole number of {size}-byte records")
     count = len(data) // size
     for i in range(count):
         record = data[i * size:(i + 1) * size]
-        if strict and record[-4:] != _link(i, count):
+        if record[-4:] != _link(i, count):
             raise ValueError(f"record {i}: link slot")
         yield record
 
 
-def read_todos(path, strict=True):
-    """The to-dos of a file as Todo tuples. Strict: the file must be exactly as the program
-    writes it (whole records, zeros after every terminator and in the padding, links right)."""
+def read_todos(path):
+    """The to-dos of a file as Todo tuples; the file must be exactly as the program writes it
+    (whole records, zeros after every terminator and in the padding, links right)."""
     todos = []
-    for record in _records(path, TODO_SIZE, strict):
-        if strict and record[32117:32120] != bytes(3):
+    for record in _records(path, TODO_SIZE):
+        if record[32117:32120] != bytes(3):
             raise ValueError(f"to-do {len(todos)}: padding")
         numbers = struct.unpack(">iiiiB", record[:17])
-        todos.append(Todo(*numbers, *(_text(record, f, strict) for f in TODO_TEXTS)))
+        todos.append(Todo(*numbers, *(_text(record, f) for f in TODO_TEXTS)))
     return todos
 
 
-def read_categories(path, strict=True):
-    return [_text(r, NAME, strict) for r in _records(path, CATEGORY_SIZE, strict)]
+def read_categories(path):
+    return [_text(r, NAME) for r in _records(path, CATEGORY_SIZE)]

@@ -1,16 +1,13 @@
-"""pindle_sync set up once and then run with no options: --setup against a real Radicale, the
-password in a real Secret Service (gnome-keyring-daemon in this test's own D-Bus session, where
-secret-tool sees it too), the settings file and its mistakes, the command line over it.
-Usage: settings_test.py PINDLE_SYNC (it starts its own D-Bus session and keyring)"""
+"""pindle_sync set up once against Radicale, then run with no options: the password in a real
+gnome-keyring-daemon in a D-Bus session of the test's own, the settings file and its mistakes.
+Usage: settings_test.py PINDLE_SYNC"""
 
 import os
 import pty
-import select
 import shutil
 import subprocess
 import sys
 import tempfile
-import time
 import unittest
 
 import sync_fixture as fx
@@ -18,9 +15,7 @@ from records import Todo
 
 
 def start_keyring():
-    """An unlocked login keyring of its own, in a home of its own (the person's keyring is never
-    touched, and no keyring left by an earlier run or another program is met), in this
-    process's own D-Bus session."""
+    """An unlocked keyring in a home and D-Bus session of its own, the person's never touched."""
     if "PINDLE_TEST_KEYRING_HOME" not in os.environ:
         home = tempfile.mkdtemp(prefix="keyring-home.")
         runtime = os.path.join(home, "run")
@@ -37,25 +32,6 @@ def start_keyring():
     for line in result.stdout.decode().splitlines():
         name, _, value = line.partition("=")
         os.environ[name] = value
-
-
-def read_terminal(terminal, until=None, seconds=60):
-    """What a program shows on its terminal: up to `until`, or to its end."""
-    shown, deadline = b"", time.monotonic() + seconds
-    while until is None or until not in shown:
-        left = deadline - time.monotonic()
-        if left <= 0 or not select.select([terminal], [], [], left)[0]:
-            raise AssertionError(f"the terminal showed {shown!r}, then nothing")
-        try:
-            chunk = os.read(terminal, 1024)
-        except OSError:  # the program ended and its side of the terminal closed
-            chunk = b""
-        if not chunk:
-            if until is None:
-                break
-            raise AssertionError(f"the program ended after showing {shown!r}")
-        shown += chunk
-    return shown
 
 
 class Settings(unittest.TestCase):
@@ -88,29 +64,32 @@ class Settings(unittest.TestCase):
 
     def test_set_up_once_then_sync_with_no_options(self):
         self.device.save_todo(fx.vtodo("phone", "From the phone", DUE="20300301"))
-        result = self.run_sync("--setup", "--url", self.url, "--user", fx.USER,
-                               password=fx.PASSWORD)
-        self.assertEqual(result.returncode, 0, result.stderr)
-        self.assertEqual(os.stat(self.config).st_mode & 0o777, 0o600)
-        self.assertEqual(os.stat(os.path.dirname(self.config)).st_mode & 0o777, 0o700)
-        self.assertEqual(os.stat(self.data).st_mode & 0o777, 0o700)
+        pid, terminal = pty.fork()
+        if pid == 0:
+            os.execve(fx.PROGRAM, [fx.PROGRAM, "--setup", "--url", self.url, "--user", fx.USER],
+                      self.env)
+        shown = fx.read_terminal(terminal, until=b"Password for")
+        os.write(terminal, fx.PASSWORD.encode() + b"\n")
+        shown += fx.read_terminal(terminal)
+        self.assertEqual(os.waitpid(pid, 0)[1], 0, shown)
+        self.assertNotIn(fx.PASSWORD.encode(), shown, "the password typed was shown")
+        self.assertIn(b"set up for alice", shown)
         self.assertEqual(self.lookup(self.url), fx.PASSWORD)
+        self.assertEqual([os.stat(p).st_mode & 0o777 for p in
+                          (self.config, os.path.dirname(self.config), self.data)],
+                         [0o600, 0o700, 0o700])
         result = self.run_sync()
         self.assertEqual(result.returncode, 0, result.stderr)
         todos = fx.records.read_todos(os.path.join(self.data, "pindle_todo.db"))
         self.assertEqual([t.description for t in todos], [b"From the phone"])
         # The command line wins over the settings: another folder, a password file.
-        other = os.path.join(self.home, "other")
-        os.mkdir(other)
-        fx.records.write_files(other, [Todo(1, 1, 2030, 0, 0, b"Unassigned", b"Other", b"")],
-                               [b"Unassigned"])
-        wrong = os.path.join(self.home, "wrong")
-        with open(os.open(wrong, os.O_WRONLY | os.O_CREAT, 0o600), "w") as f:
-            f.write("not it\n")
-        result = self.run_sync("--dir", other, "--password-file", wrong)
+        other = fx.Folder([Todo(1, 1, 2030, 0, 0, b"Unassigned", b"Other", b"")])
+        self.addCleanup(other.close)
+        fx.private_file(other.password_file, "not it\n")
+        result = self.run_sync("--dir", other.path, "--password-file", other.password_file)
         self.assertEqual(result.returncode, 1)
         self.assertIn(b"401", result.stderr)
-        self.assertEqual(self.run_sync("--dir", other).returncode, 0)
+        self.assertEqual(self.run_sync("--dir", other.path).returncode, 0)
         self.assertEqual(sorted(str(t["SUMMARY"]) for t in fx.tasks(self.device).values()),
                          ["From the phone", "Other"])
 
@@ -128,23 +107,9 @@ class Settings(unittest.TestCase):
                 self.assertFalse(os.path.exists(self.config))
                 self.assertEqual(self.lookup(url), "")
 
-    def test_the_password_asked_on_the_terminal_is_not_shown(self):
-        pid, terminal = pty.fork()
-        if pid == 0:
-            os.execve(fx.PROGRAM, [fx.PROGRAM, "--setup", "--url", self.url, "--user", fx.USER],
-                      self.env)
-        shown = read_terminal(terminal, until=b"Password for")
-        os.write(terminal, fx.PASSWORD.encode() + b"\n")
-        shown += read_terminal(terminal)
-        self.assertEqual(os.waitpid(pid, 0)[1], 0, shown)
-        self.assertNotIn(fx.PASSWORD.encode(), shown)
-        self.assertIn(b"set up for alice", shown)
-        self.assertEqual(self.lookup(self.url), fx.PASSWORD)
-
     def test_a_password_file_the_environment_or_one_stored_with_secret_tool(self):
         password_file = os.path.join(self.home, "pw")
-        with open(os.open(password_file, os.O_WRONLY | os.O_CREAT, 0o600), "w") as f:
-            f.write(fx.PASSWORD + "\n")
+        fx.private_file(password_file, fx.PASSWORD + "\n")
         result = self.run_sync("--setup", "--url", self.url, "--user", fx.USER,
                                "--password-file", password_file)
         self.assertEqual(result.returncode, 0, result.stderr)
@@ -152,11 +117,11 @@ class Settings(unittest.TestCase):
             self.assertIn(f"password = 'file:{password_file}'", f.read())
         self.assertEqual(self.lookup(self.url), "")
         self.assertEqual(self.run_sync().returncode, 0)
-        with open(self.config, "w") as f:
-            f.write(f'url = "{self.url}"\nuser = "{fx.USER}"\npassword = "environment"\n')
+        fx.private_file(self.config, f'url = "{self.url}"\nuser = "{fx.USER}"\n'
+                        'password = "environment"\n')
         self.assertEqual(self.run_sync(password=fx.PASSWORD).returncode, 0)
-        with open(self.config, "w") as f:
-            f.write(f'url = "{self.url}"\nuser = "{fx.USER}"\npassword = "keyring"\n')
+        fx.private_file(self.config, f'url = "{self.url}"\nuser = "{fx.USER}"\n'
+                        'password = "keyring"\n')
         self.assertIn(b"the keyring holds no password", self.run_sync().stderr)
         subprocess.run(["secret-tool", "store", "--label", "by hand", "url", self.url, "user",
                         fx.USER], input=fx.PASSWORD.encode(), check=True, timeout=30)
@@ -182,8 +147,7 @@ class Settings(unittest.TestCase):
         for text, reason in cases:
             with self.subTest(text=text):
                 if text:
-                    with open(self.config, "w") as f:
-                        f.write(text)
+                    fx.private_file(self.config, text)
                 result = self.run_sync()
                 self.assertEqual(result.returncode, 2)
                 lines = result.stderr.decode().splitlines()

@@ -1,11 +1,9 @@
-"""What the sync tests share: CalDAV servers of their own (Radicale, also over HTTPS, and
-Xandikos, also without sync-collection), each on a free loopback port with a temporary store, a
-caldav client playing the user's second device, data folders written and read through
-tests/support/records.py, pindle_sync runs, and the program's window open on a folder, driven with
-xdotool and read off the screen."""
+"""What the sync tests share: CalDAV servers on free loopback ports, a caldav client as the
+user's second device, data folders, pindle_sync runs, and the program's window on a folder."""
 
 import os
 import re
+import select
 import socket
 import subprocess
 import sys
@@ -22,57 +20,62 @@ PROGRAM = None
 WINDOW_PROGRAM = None
 
 
-def free_port():
-    with socket.socket() as s:
-        s.bind(("127.0.0.1", 0))
-        return s.getsockname()[1]
+def private_file(path, text):
+    with open(os.open(path, os.O_WRONLY | os.O_CREAT | os.O_TRUNC, 0o600), "w") as f:
+        f.write(text)
 
 
-def wait_for_port(port, process, seconds=30):
-    deadline = time.monotonic() + seconds
-    while time.monotonic() < deadline:
-        if process.poll() is not None:
-            raise RuntimeError("the server stopped at start-up")
+def read_terminal(terminal, until=None):
+    """What a program shows on its terminal: up to `until`, or to its end."""
+    shown = b""
+    while until is None or until not in shown:
+        if not select.select([terminal], [], [], 60)[0]:
+            raise AssertionError(f"the terminal showed {shown!r}, then nothing")
         try:
-            socket.create_connection(("127.0.0.1", port), timeout=1).close()
-            return
-        except OSError:
-            time.sleep(0.1)
-    raise RuntimeError("the server did not start")
+            chunk = os.read(terminal, 1024)
+        except OSError:  # the program ended and its side of the terminal closed
+            chunk = b""
+        if not chunk:
+            break
+        shown += chunk
+    return shown
 
 
 class Server:
-    """A server in a temporary folder on a free loopback port. What a test sees of each: its
-    URL, a new task collection with a caldav client on it, the methods of the requests its log
-    shows, stopping and starting it again, and the options pindle_sync needs to reach it.
-    Each kind says what it cannot do: LOSES names the round-trip cases whose text the server
-    itself changes, with why; SIGN_IN whether it asks for a password at all; SYNC_COLLECTION
-    whether it offers RFC 6578 sync-collection."""
+    """A server with a temporary store on a free loopback port, logging each request's method.
+    LOSES names the round-trip cases whose text the server itself changes, with why."""
 
     SCHEME = "http"
     LOSES = {}
     SIGN_IN = True
-    SYNC_COLLECTION = True
+    SYNC_COLLECTION = True  # RFC 6578
+    certificate = None  # a certificate no system trusts, given with --ca-file
 
     def __init__(self):
         self.dir = tempfile.TemporaryDirectory()
-        self.port = free_port()
+        with socket.socket() as s:
+            s.bind(("127.0.0.1", 0))
+            self.port = s.getsockname()[1]
         self.url = f"{self.SCHEME}://127.0.0.1:{self.port}/"
         self.log_path = os.path.join(self.dir.name, "log")
         self.prepare()
         self.start()
 
     def prepare(self):
-        """Writes what the server reads at start-up."""
-
-    def command(self):
-        raise NotImplementedError
+        pass
 
     def start(self):
         self.log = open(self.log_path, "a")
         self.process = subprocess.Popen(self.command(), stdout=self.log,
                                         stderr=subprocess.STDOUT)
-        wait_for_port(self.port, self.process)
+        deadline = time.monotonic() + 30
+        while self.process.poll() is None and time.monotonic() < deadline:
+            try:
+                socket.create_connection(("127.0.0.1", self.port), timeout=1).close()
+                return
+            except OSError:
+                time.sleep(0.1)
+        raise RuntimeError("the server did not start")
 
     def stop(self):
         self.process.terminate()
@@ -88,13 +91,13 @@ class Server:
         return os.path.getsize(self.log_path)
 
     def requests_since(self, offset):
-        """The methods of the requests logged after `offset`, in order."""
         with open(self.log_path) as f:
             f.seek(offset)
             return re.findall(self.REQUEST_LINE, f.read(), re.MULTILINE)
 
     def client(self):
-        return caldav.DAVClient(self.url, username=USER, password=PASSWORD)
+        return caldav.DAVClient(self.url, username=USER, password=PASSWORD,
+                                ssl_verify_cert=self.certificate or True)
 
     def new_collection(self, name):
         """A new VTODO collection, and a caldav client on it as the second device."""
@@ -103,7 +106,7 @@ class Server:
         return str(calendar.url), calendar
 
     def sync_options(self):
-        return []
+        return ["--ca-file", self.certificate] if self.certificate else []
 
 
 # Radicale as its command line starts it, less the fsync after every write (an option its own
@@ -130,24 +133,20 @@ class Radicale(Server):
         with open(os.path.join(self.dir.name, "users"), "w") as f:
             f.write(f"{USER}:{PASSWORD}\n")
         self.config = os.path.join(self.dir.name, "config")
+        tls = (f"ssl = True\ncertificate = {self.certificate}\nkey = {self.key}\n"
+               if self.certificate else "")
         with open(self.config, "w") as f:
-            f.write(f"[server]\nhosts = 127.0.0.1:{self.port}\n{self.server_options()}"
+            f.write(f"[server]\nhosts = 127.0.0.1:{self.port}\n{tls}"
                     f"[auth]\ntype = htpasswd\nhtpasswd_filename = {self.dir.name}/users\n"
                     "htpasswd_encryption = plain\ndelay = 0\n"
                     f"[storage]\nfilesystem_folder = {self.dir.name}/store\n"
                     "[rights]\ntype = owner_only\n[logging]\nlevel = info\nmask_passwords = True\n")
-
-    def server_options(self):
-        return ""
 
     def command(self):
         return [sys.executable, "-c", RADICALE, self.config]
 
 
 class RadicaleOverHttps(Radicale):
-    """Radicale with a certificate of its own for 127.0.0.1 that no system trusts: pindle_sync
-    reaches it with --ca-file, and the second device with the same file."""
-
     SCHEME = "https"
 
     def prepare(self):
@@ -159,16 +158,6 @@ class RadicaleOverHttps(Radicale):
                         "-keyout", self.key, "-out", self.certificate],
                        check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         super().prepare()
-
-    def server_options(self):
-        return f"ssl = True\ncertificate = {self.certificate}\nkey = {self.key}\n"
-
-    def client(self):
-        return caldav.DAVClient(self.url, username=USER, password=PASSWORD,
-                                ssl_verify_cert=self.certificate)
-
-    def sync_options(self):
-        return ["--ca-file", self.certificate]
 
 
 # Xandikos as its command line starts it, logging each request as it arrives (its own log
@@ -192,8 +181,7 @@ web.main(sys.argv)
 
 
 class Xandikos(Server):
-    """Xandikos, which signs nobody in (it is meant to sit behind a proxy that does) and keeps
-    each task as python-icalendar writes it again."""
+    """Xandikos, which signs nobody in (it is meant to sit behind a proxy that does)."""
 
     REQUEST_LINE = r"^request (\w+) "
     SIGN_IN = False
@@ -225,24 +213,20 @@ def vtodo(uid, summary=None, **props):
 
 def tasks(calendar):
     """The collection's VTODOs by UID, as icalendar components."""
-    out = {}
-    for todo in calendar.todos(include_completed=True):
-        component = todo.icalendar_instance.walk("VTODO")[0]
-        out[str(component["UID"])] = component
-    return out
+    todos = (t.icalendar_instance.walk("VTODO")[0] for t in calendar.todos(include_completed=True))
+    return {str(c["UID"]): c for c in todos}
 
 
 class Folder:
     """A data folder with a private password file beside it."""
 
-    def __init__(self, todos=None, categories=None):
+    def __init__(self, todos=(), categories=(b"Unassigned",)):
         self.dir = tempfile.TemporaryDirectory()
         self.path = os.path.join(self.dir.name, "data")
         os.mkdir(self.path)
         self.password_file = os.path.join(self.dir.name, "password")
-        with open(os.open(self.password_file, os.O_WRONLY | os.O_CREAT, 0o600), "w") as f:
-            f.write(PASSWORD + "\n")
-        records.write_files(self.path, todos, categories)
+        private_file(self.password_file, PASSWORD + "\n")
+        records.write_files(self.path, list(todos), list(categories))
 
     def todos(self):
         return records.read_todos(os.path.join(self.path, "pindle_todo.db"))
@@ -250,8 +234,8 @@ class Folder:
     def categories(self):
         return records.read_categories(os.path.join(self.path, "cat.db"))
 
-    def write(self, todos=None, categories=None):
-        records.write_files(self.path, todos, categories)
+    def write(self, todos):
+        records.write_files(self.path, todos, None)
 
     def snapshot(self):
         """Every file of the folder, bytes and all."""
@@ -261,18 +245,17 @@ class Folder:
                 out[name] = f.read()
         return out
 
-    def sync(self, url, *extra, password_file=None):
-        args = [PROGRAM, "--dir", self.path, "--url", url, "--user", USER,
-                "--password-file", password_file or self.password_file, *extra]
-        return subprocess.run(args, stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=300)
+    def sync(self, url, *extra):
+        return subprocess.run([PROGRAM, "--dir", self.path, "--url", url, "--user", USER,
+                               "--password-file", self.password_file, *extra],
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=300)
 
     def close(self):
         self.dir.cleanup()
 
 
 class Window:
-    """pindle_todo open on a folder, on a private Xvfb display of its own so that no other test's
-    window takes its clicks."""
+    """pindle_todo on a folder, on an Xvfb display of its own where no other test clicks."""
 
     # Window-relative points: the to-do tab, New, and the entry dialog's description and Save.
     TODO_TAB, NEW = (40, 37), (475, 77)
@@ -285,12 +268,9 @@ class Window:
                                        pass_fds=(write_end,), stdout=subprocess.DEVNULL,
                                        stderr=subprocess.DEVNULL)
         os.close(write_end)
-        number = b""
-        while not number.endswith(b"\n"):
-            number += os.read(ready, 16)
-        os.close(ready)
         self.env = {k: v for k, v in os.environ.items() if k != "XAUTHORITY"}
-        self.env["DISPLAY"] = ":" + number.decode().strip()
+        with os.fdopen(ready) as f:
+            self.env["DISPLAY"] = ":" + f.readline().strip()
         self.process = subprocess.Popen([WINDOW_PROGRAM], cwd=folder.path, env=self.env,
                                         stderr=subprocess.PIPE)
         try:
@@ -298,10 +278,8 @@ class Window:
             # failure waits this long.
             self.id = self.find("To Do List", seconds=30)
         except RuntimeError as e:
-            status = self.process.poll()
-            said = self.close()
-            raise RuntimeError(f"{e} (program {'running' if status is None else f'exited {status}'}"
-                               f", said {said!r})") from None
+            raise RuntimeError(f"{e}; the program's status {self.process.poll()}, "
+                               f"it said {self.close()!r}") from None
 
     def run(self, *args, **kwargs):
         return subprocess.run(args, env=self.env, check=True, **kwargs)
@@ -330,30 +308,24 @@ class Window:
         self.run("xdotool", "type", "--delay", "20", description)
         self.click(self.SAVE, entry)
 
-    def listed_lines(self):
-        """How many of the to-do list's first six lines show text, read off the screen."""
-        shot = self.run("xwd", "-silent", "-id", self.id, stdout=subprocess.PIPE).stdout
+    def wait_for_lines(self, count, seconds=5):
+        """Seconds until `count` of the to-do list's first six lines show text, as of the
+        screenshot that showed them."""
         crops = []
         for i in range(1, 7):
             crops += ["(", "-clone", "0", "-crop", f"580x13+20+{97 + 17 * i}", "-format",
                       "%[fx:mean<0.99]\\n", "-write", "info:", ")"]
-        out = self.run("convert", "xwd:-", *crops, "null:", input=shot,
-                       stdout=subprocess.PIPE).stdout.decode()
-        return out.split().count("1")
-
-    def wait_for_lines(self, count, seconds=5):
-        """Seconds until the list shows `count` lines, as of the screenshot that showed them."""
         start = time.monotonic()
         while True:
             taken = time.monotonic() - start
-            if self.listed_lines() == count:
+            shot = self.run("xwd", "-silent", "-id", self.id, stdout=subprocess.PIPE).stdout
+            shown = self.run("convert", "xwd:-", *crops, "null:", input=shot,
+                             stdout=subprocess.PIPE).stdout.split().count(b"1")
+            if shown == count:
                 return taken
             if taken > seconds:
-                raise AssertionError(f"the list shows {self.listed_lines()} lines, not {count}")
+                raise AssertionError(f"the list shows {shown} lines, not {count}")
             time.sleep(0.02)
-
-    def running(self):
-        return self.process.poll() is None
 
     def close(self):
         """Ends the program and the display; what the program said on stderr."""
