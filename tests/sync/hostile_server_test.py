@@ -27,6 +27,7 @@ class Hostile(http.server.BaseHTTPRequestHandler):
     sync_collection_status = 207  # anything else: refused as by a server without it
     propfind_status = 207
     tokenless_from_t1 = False  # a sync-collection from token t1 answered without a token
+    forgot_t1 = False  # a sync-collection from token t1 refused as from a forgotten token
     put_status = 201
     put_seconds = 0
     requests = 0
@@ -35,6 +36,8 @@ class Hostile(http.server.BaseHTTPRequestHandler):
         body = self.rfile.read(int(self.headers.get("Content-Length", 0)))
         if b"sync-collection" in body and type(self).sync_collection_status != 207:
             self.answer(type(self).sync_collection_status, b"")
+        elif type(self).forgot_t1 and b">t1</d:sync-token>" in body:
+            self.answer(409, b"")
         elif type(self).tokenless_from_t1 and b">t1</d:sync-token>" in body:
             self.answer(207, multistatus(token=b""))
         else:
@@ -199,6 +202,16 @@ class HostileReplies(unittest.TestCase):
         self.assertEqual(self.sync(multistatus(), [NEW]).returncode, 0)
         with open(os.path.join(self.folder.path, ".pindle_sync.json")) as f:
             self.assertEqual(json.load(f)["sync_token"], "t1")
+
+    def test_a_forgotten_token_lists_everything_and_takes_what_is_gone(self):
+        """Asked again from nothing, the server lists all it holds: a task it no longer lists
+        was deleted there."""
+        self.sync(multistatus(vtodo(b"UID:a", b"SUMMARY:A"), vtodo(b"UID:b", b"SUMMARY:B")))
+        self.serve(forgot_t1=True)
+        Hostile.reply = multistatus(vtodo(b"UID:a", b"SUMMARY:A"), token=b"<d:sync-token>t2</d:sync-token>")
+        result = self.folder.sync(self.url)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertEqual([t.description for t in self.folder.todos()], [b"A"])
 
     def test_progress_on_a_terminal(self):
         """A sync of a few hundred writes shows how far it is on stderr when that is a
