@@ -3,20 +3,17 @@ recorded (a preloaded shim), then every state a crash could leave is built from 
 opened with the project's own loader, recovery included; each must show the list as it was
 before the change or as it is after it, never anything else.
 
-The model of a crash, per file: what was written before the file's last sync is on the disk;
-of what was written since, any subset of the 4 KiB pages may be, the others holding what they
-held at that sync (zeros past its end). Creations, truncations, renames and removals happen in
-the order they were made. States are taken just before each sync, each of those calls and at the
-end; where a point has more than a few pages pending, a fixed number of subsets is drawn with a
-fixed seed, besides none and all of them.
+The model of a crash, per file: what was written before the file's last sync is on the disk; of
+what was written since, any subset of the 4 KiB pages may be, the others holding what they held
+at that sync (zeros past its end). Creations, truncations, renames and removals happen in order.
+States are taken just before each sync or metadata call and at the end; where more than 10 pages
+are pending, none, all and a fixed number of subsets drawn with a fixed seed.
 
 usage: crash_states.py CRASH_DRIVER PRELOAD [--sizes 10,200] [--samples N] [--only CHANGE]
-PRELOAD is the recording shim librecord_io.so, as LD_PRELOAD takes it: after a sanitizer's runtime
-that must come first, if the driver was built with one.
-Prints a table of changes by states (old, new, other) and exits 1 if any state is other."""
+PRELOAD is the shim librecord_io.so as LD_PRELOAD takes it (after a sanitizer's runtime, which
+must come first). Prints changes by states (old, new, other); exits 1 if any state is other."""
 
 import argparse
-import hashlib
 import os
 import random
 import shutil
@@ -101,11 +98,6 @@ class Folder:
                    for name, f in self.names.items()}
 
 
-def read_log(path):
-    with open(path) as f:
-        return [line.split() for line in f if line.strip()]
-
-
 def snapshot(folder):
     out = {}
     for name in os.listdir(folder):
@@ -131,14 +123,16 @@ def crash_states(driver, preload, change, size, samples):
     try:
         folder = os.path.join(work, "folder")
         os.mkdir(folder)
-        subprocess.run([driver, "prepare", change, str(size)], cwd=folder, check=True)
+        subprocess.run([driver, "prepare", str(size)], cwd=folder, check=True)
         before = snapshot(folder)
         old, = show(driver, [folder])
         log = os.path.join(work, "log")
-        env = dict(os.environ, LD_PRELOAD=preload, PINDLE_RECORD_DIR=folder, PINDLE_RECORD_LOG=log)
-        subprocess.run([driver, "act", change, str(size)], cwd=folder, env=env, check=True)
+        env = dict(os.environ, LD_PRELOAD=preload, PINDLE_RECORD_LOG=log)
+        subprocess.run([driver, "act", change], cwd=folder, env=env, check=True)
+        after = snapshot(folder)
         new, = show(driver, [folder])
-        ops = read_log(log)
+        with open(log) as f:
+            ops = [line.split() for line in f]
         model = Folder(before)
         rng = random.Random(f"{change}/{size}")
         seen, states = set(), []
@@ -146,15 +140,15 @@ def crash_states(driver, preload, change, size, samples):
             # Points just before each sync and metadata call hold every state between them.
             if i in (0, len(ops)) or ops[i][0] not in ("write", "open"):
                 for state in model.states(samples, rng):
-                    digest = hashlib.sha256()
-                    for name in sorted(state):
-                        digest.update(name.encode() + b"\0" + state[name])
-                    key = digest.digest()
+                    key = tuple(sorted(state.items()))
                     if key not in seen:
                         seen.add(key)
                         states.append(state)
             if i < len(ops):
                 model.apply(ops[i])
+        # A call the recording missed would leave the model short of what the change did.
+        if {name: bytes(f.current) for name, f in model.names.items()} != after:
+            raise RuntimeError(f"{change}: the recorded calls do not make the folder it left")
         counts = [0, 0, 0]
         for start in range(0, len(states), 64):
             folders = []
