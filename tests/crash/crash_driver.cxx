@@ -4,7 +4,6 @@
 // once the data layer has opened it, recovery included.
 // usage: crash_driver prepare N | act CHANGE | show FOLDER... | changes
 #include "data_folder.h"
-#include "data_report.h"
 #include "support/store_helpers.h"
 
 #include <cstdio>
@@ -82,11 +81,6 @@ const std::pair<const char*, void (*)(Stores&)> kChanges[] = {
      }},
 };
 
-void quiet(DataReport::Kind kind, const char* line) {
-    if (kind != DataReport::Kind::Unreadable)
-        DataReport::toStderr(kind, line);
-}
-
 // Every field of every to-do and every category, as text; the notes as their length and a
 // checksum, so that a state differing anywhere shows. Ends with a line "--".
 void show(const char* folder) {
@@ -110,7 +104,6 @@ void show(const char* folder) {
 } // namespace
 
 int main(int argc, char** argv) {
-    DataReport::setSink(quiet);
     const std::string command = argc > 1 ? argv[1] : "";
     if (command == "show") {
         for (int i = 2; i < argc; i++)

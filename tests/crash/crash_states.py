@@ -9,7 +9,7 @@ at that sync (zeros past its end). Creations, truncations, renames and removals 
 States are taken just before each sync or metadata call and at the end; where more than 10 pages
 are pending, none, all and a fixed number of subsets drawn with a fixed seed.
 
-usage: crash_states.py CRASH_DRIVER PRELOAD [--sizes 10,200] [--samples N] [--only CHANGE]
+usage: crash_states.py CRASH_DRIVER PRELOAD [--only CHANGE]
 PRELOAD is the shim librecord_io.so as LD_PRELOAD takes it (after a sanitizer's runtime, which
 must come first). Prints changes by states (old, new, other); exits 1 if any state is other."""
 
@@ -22,6 +22,8 @@ import sys
 import tempfile
 
 PAGE = 4096
+SIZES = (10, 200)  # to-dos in the folder
+SAMPLES = 24  # subsets drawn where more than 10 pages are pending
 
 
 class File:
@@ -32,17 +34,13 @@ class File:
 
     def write(self, offset, data):
         end = offset + len(data)
-        if end > len(self.current):
-            self.current.extend(b"\0" * (end - len(self.current)))
+        self.current.extend(bytes(max(0, end - len(self.current))))
         self.current[offset:end] = data
         self.pending.update(range(offset // PAGE, (end - 1) // PAGE + 1))
 
     def truncate(self, length):
-        for data in (self.current, self.durable):
-            if length < len(data):
-                del data[length:]
-            else:
-                data.extend(b"\0" * (length - len(data)))
+        self.current = self.current[:length].ljust(length, b"\0")
+        self.durable = self.durable[:length].ljust(length, b"\0")
         self.pending = {p for p in self.pending if p * PAGE < length}
 
     def sync(self):
@@ -51,9 +49,7 @@ class File:
 
     def crashed(self, persisted):
         """The bytes after a crash in which the pages `persisted` of those pending made it."""
-        data = bytearray(self.durable)
-        if len(data) < len(self.current):
-            data.extend(b"\0" * (len(self.current) - len(data)))
+        data = self.durable.ljust(len(self.current), b"\0")  # a new bytearray
         for page in persisted:
             data[page * PAGE:(page + 1) * PAGE] = self.current[page * PAGE:(page + 1) * PAGE]
         return bytes(data)
@@ -84,7 +80,7 @@ class Folder:
         elif kind == "unlink":
             self.names.pop(args[0])
 
-    def states(self, samples, rng):
+    def states(self, rng):
         """Each state a crash now could leave, as {name: bytes}."""
         pending = [(name, page) for name, f in self.names.items() for page in sorted(f.pending)]
         if len(pending) <= 10:
@@ -92,7 +88,7 @@ class Folder:
                        for mask in range(1 << len(pending))]
         else:
             choices = [[], pending] + [[p for p in pending if rng.random() < 0.5]
-                                       for _ in range(samples)]
+                                       for _ in range(SAMPLES)]
         for chosen in choices:
             yield {name: f.crashed({page for n, page in chosen if n == name})
                    for name, f in self.names.items()}
@@ -117,7 +113,7 @@ def show(driver, folders):
     return shown
 
 
-def crash_states(driver, preload, change, size, samples):
+def crash_states(driver, preload, change, size):
     """(old, new, other) counts for one change at one size, and the distinct states tried."""
     work = tempfile.mkdtemp(prefix="pindle_crash_")
     try:
@@ -139,7 +135,7 @@ def crash_states(driver, preload, change, size, samples):
         for i in range(len(ops) + 1):
             # Points just before each sync and metadata call hold every state between them.
             if i in (0, len(ops)) or ops[i][0] not in ("write", "open"):
-                for state in model.states(samples, rng):
+                for state in model.states(rng):
                     key = tuple(sorted(state.items()))
                     if key not in seen:
                         seen.add(key)
@@ -171,8 +167,6 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("driver")
     parser.add_argument("preload")
-    parser.add_argument("--sizes", default="10,200")
-    parser.add_argument("--samples", type=int, default=24)
     parser.add_argument("--only")
     args = parser.parse_args()
     changes = subprocess.run([args.driver, "changes"], stdout=subprocess.PIPE, text=True,
@@ -182,9 +176,8 @@ def main():
     print(f"{'change':30} {'N':>4} {'calls':>6} {'old':>5} {'new':>5} {'other':>5}")
     bad = 0
     for change in changes:
-        for size in map(int, args.sizes.split(",")):
-            (old, new, other), calls = crash_states(args.driver, args.preload, change, size,
-                                                    args.samples)
+        for size in SIZES:
+            (old, new, other), calls = crash_states(args.driver, args.preload, change, size)
             print(f"{change:30} {size:>4} {calls:>6} {old:>5} {new:>5} {other:>5}", flush=True)
             bad += other
     return 1 if bad else 0

@@ -20,47 +20,31 @@ void keep(DataReport::Kind kind, const char* line) {
     said.emplace_back(kind, line);
 }
 
-class SaveJournalTest : public TempDirTest {
-protected:
-    void SetUp() override {
-        TempDirTest::SetUp();
-        said.clear();
-        DataReport::setSink(keep);
-    }
-    void TearDown() override {
-        DataReport::setSink(nullptr);
-        TempDirTest::TearDown();
-    }
+std::vector<std::string> leftInFolder() {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator("."))
+        names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+}
 
-    // Overwrites bytes 2-4 of the to-do file, cuts it to 6, and renames the new category file
-    // over the old one: the three kinds of entry.
-    static std::string journal() {
+using SaveJournalTest = TempDirTest;
+
+// A whole journal is carried out; every way short of whole leaves the files as they were, and
+// the new file left beside one of them goes too.
+TEST_F(SaveJournalTest, OnlyAWholeJournalIsCarriedOut) {
+    const std::string oldTodos = "abcdefghij";
+    const std::string oldCategories = "old", newCategories = "new";
+    {
+        // Overwrites bytes 2-4 of the to-do file, cuts it to 6, and renames the new category
+        // file over the old one: the three kinds of entry.
         SaveJournal journal({"pindle_todo.db", "cat.db"});
         std::memcpy(journal.write(0, 2, 3), "XYZ", 3);
         journal.setLength(0, 6);
         journal.replace(1);
-        EXPECT_TRUE(journal.commit());
-        return readFile(SaveJournal::kName);
+        ASSERT_TRUE(journal.commit());
     }
-
-    static std::vector<std::string> leftInFolder() {
-        std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator("."))
-            names.push_back(entry.path().filename());
-        std::sort(names.begin(), names.end());
-        return names;
-    }
-
-    static constexpr const char* kOldTodos = "abcdefghij";
-    static constexpr const char* kNewTodos = "abXYZf";
-    static constexpr const char* kOldCategories = "old";
-    static constexpr const char* kNewCategories = "new";
-};
-
-// Every way short of whole leaves the files as they were, and the new file left beside one of
-// them goes too.
-TEST_F(SaveJournalTest, OnlyAWholeJournalIsCarriedOut) {
-    const std::string whole = journal();
+    const std::string whole = readFile(SaveJournal::kName);
     const std::size_t header = 8 + 4 + 1 + 2 + 14 + 2 + 6;
     auto with = [&](std::size_t at, const std::string& bytes) {
         return whole.substr(0, at) + bytes +
@@ -89,16 +73,20 @@ TEST_F(SaveJournalTest, OnlyAWholeJournalIsCarriedOut) {
     };
     for (std::size_t cut = 0; cut < whole.size(); cut++)
         cases.push_back({"cut at " + std::to_string(cut), whole.substr(0, cut), ThrownAway});
+    struct Restore {
+        ~Restore() { DataReport::setSink(nullptr); }
+    } restore;
+    DataReport::setSink(keep);
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         said.clear();
-        writeFile("pindle_todo.db", kOldTodos);
-        writeFile("cat.db", kOldCategories);
-        writeFile(".cat.db.new", kNewCategories);
+        writeFile("pindle_todo.db", oldTodos);
+        writeFile("cat.db", oldCategories);
+        writeFile(".cat.db.new", newCategories);
         writeFile(SaveJournal::kName, c.bytes);
         EXPECT_EQ(SaveJournal::recover(), c.outcome != SetAside);
-        EXPECT_EQ(readFile("pindle_todo.db"), c.outcome == CarriedOut ? kNewTodos : kOldTodos);
-        EXPECT_EQ(readFile("cat.db"), c.outcome == CarriedOut ? kNewCategories : kOldCategories);
+        EXPECT_EQ(readFile("pindle_todo.db"), c.outcome == CarriedOut ? "abXYZf" : oldTodos);
+        EXPECT_EQ(readFile("cat.db"), c.outcome == CarriedOut ? newCategories : oldCategories);
         EXPECT_FALSE(exists(".cat.db.new"));
         EXPECT_FALSE(exists(SaveJournal::kName));
         ASSERT_EQ(said.size(), 1u);
