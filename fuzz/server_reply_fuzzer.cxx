@@ -19,21 +19,12 @@ void require(bool ok, const char* what) {
     std::abort();
 }
 
-bool validUtf8(const char* text, std::size_t size) {
-    const auto* bytes = reinterpret_cast<const unsigned char*>(text);
-    for (std::size_t i = 0; i < size;) {
-        std::size_t length = Utf8Text::sequenceLength(bytes + i, size - i);
-        if (length == 0)
-            return false;
-        i += length;
-    }
-    return true;
-}
-
+// Well-formed UTF-8 is what the reading as UTF-8 or Latin-1 keeps as it is.
 template <std::size_t N> void requireText(const char (&field)[N], std::size_t limit) {
     std::size_t size = strnlen(field, N);
     require(size <= limit, "text longer than its field");
-    require(validUtf8(field, size), "text is not valid UTF-8");
+    require(Utf8Text::fromBytes(field, size) == std::string(field, size),
+            "text is not valid UTF-8");
 }
 
 void checkTask(const std::string& ics) {
@@ -43,11 +34,10 @@ void checkTask(const std::string& ics) {
     // Filled in place, as a sync fills a to-do that changed on the server.
     static TodoRecord record;
     todo.fill(record, 1, 1, 2030);
+    // A 50-byte category or description has its terminator in the next field, which that
+    // field's own text then overwrites.
     requireText(record.category, 50);
-    // A 50-byte description has its terminator in the notes, which the notes then overwrite.
-    require(strnlen(record.description, 50) <= 50, "description longer than its field");
-    require(validUtf8(record.description, strnlen(record.description, 50)),
-            "description is not valid UTF-8");
+    requireText(record.description, 50);
     requireText(record.notes, TodoRecord::kNotesMax);
     require(record.priority >= 0 && record.priority <= 8, "priority the list cannot show");
     require(record.month >= 1 && record.month <= 12, "month out of range");

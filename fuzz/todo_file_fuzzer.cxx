@@ -10,7 +10,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <unistd.h>
 
 namespace {
@@ -20,11 +19,6 @@ void require(bool ok, const char* what) {
         return;
     std::fprintf(stderr, "fuzz check failed: %s\n", what);
     std::abort(); // libFuzzer keeps the input as a finding
-}
-
-std::string readFile(const char* name) {
-    std::ifstream in(name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 std::int32_t number(const std::uint8_t* b) {

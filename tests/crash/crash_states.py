@@ -3,20 +3,17 @@ recorded (a preloaded shim), then every state a crash could leave is built from 
 opened with the project's own loader, recovery included; each must show the list as it was
 before the change or as it is after it, never anything else.
 
-The model of a crash, per file: what was written before the file's last sync is on the disk;
-of what was written since, any subset of the 4 KiB pages may be, the others holding what they
-held at that sync (zeros past its end). Creations, truncations, renames and removals happen in
-the order they were made. States are taken just before each sync, each of those calls and at the
-end; where a point has more than a few pages pending, a fixed number of subsets is drawn with a
-fixed seed, besides none and all of them.
+The model of a crash, per file: what was written before the file's last sync is on the disk; of
+what was written since, any subset of the 4 KiB pages may be, the others holding what they held
+at that sync (zeros past its end). Creations, truncations, renames and removals happen in order.
+States are taken just before each sync or metadata call and at the end; where more than 10 pages
+are pending, none, all and a fixed number of subsets drawn with a fixed seed.
 
-usage: crash_states.py CRASH_DRIVER PRELOAD [--sizes 10,200] [--samples N] [--only CHANGE]
-PRELOAD is the recording shim librecord_io.so, as LD_PRELOAD takes it: after a sanitizer's runtime
-that must come first, if the driver was built with one.
-Prints a table of changes by states (old, new, other) and exits 1 if any state is other."""
+usage: crash_states.py CRASH_DRIVER PRELOAD [--only CHANGE]
+PRELOAD is the shim librecord_io.so as LD_PRELOAD takes it (after a sanitizer's runtime, which
+must come first). Prints changes by states (old, new, other); exits 1 if any state is other."""
 
 import argparse
-import hashlib
 import os
 import random
 import shutil
@@ -25,6 +22,8 @@ import sys
 import tempfile
 
 PAGE = 4096
+SIZES = (10, 200)  # to-dos in the folder
+SAMPLES = 24  # subsets drawn where more than 10 pages are pending
 
 
 class File:
@@ -35,17 +34,13 @@ class File:
 
     def write(self, offset, data):
         end = offset + len(data)
-        if end > len(self.current):
-            self.current.extend(b"\0" * (end - len(self.current)))
+        self.current.extend(bytes(max(0, end - len(self.current))))
         self.current[offset:end] = data
         self.pending.update(range(offset // PAGE, (end - 1) // PAGE + 1))
 
     def truncate(self, length):
-        for data in (self.current, self.durable):
-            if length < len(data):
-                del data[length:]
-            else:
-                data.extend(b"\0" * (length - len(data)))
+        self.current = self.current[:length].ljust(length, b"\0")
+        self.durable = self.durable[:length].ljust(length, b"\0")
         self.pending = {p for p in self.pending if p * PAGE < length}
 
     def sync(self):
@@ -54,9 +49,7 @@ class File:
 
     def crashed(self, persisted):
         """The bytes after a crash in which the pages `persisted` of those pending made it."""
-        data = bytearray(self.durable)
-        if len(data) < len(self.current):
-            data.extend(b"\0" * (len(self.current) - len(data)))
+        data = self.durable.ljust(len(self.current), b"\0")  # a new bytearray
         for page in persisted:
             data[page * PAGE:(page + 1) * PAGE] = self.current[page * PAGE:(page + 1) * PAGE]
         return bytes(data)
@@ -87,7 +80,7 @@ class Folder:
         elif kind == "unlink":
             self.names.pop(args[0])
 
-    def states(self, samples, rng):
+    def states(self, rng):
         """Each state a crash now could leave, as {name: bytes}."""
         pending = [(name, page) for name, f in self.names.items() for page in sorted(f.pending)]
         if len(pending) <= 10:
@@ -95,15 +88,10 @@ class Folder:
                        for mask in range(1 << len(pending))]
         else:
             choices = [[], pending] + [[p for p in pending if rng.random() < 0.5]
-                                       for _ in range(samples)]
+                                       for _ in range(SAMPLES)]
         for chosen in choices:
             yield {name: f.crashed({page for n, page in chosen if n == name})
                    for name, f in self.names.items()}
-
-
-def read_log(path):
-    with open(path) as f:
-        return [line.split() for line in f if line.strip()]
 
 
 def snapshot(folder):
@@ -125,36 +113,38 @@ def show(driver, folders):
     return shown
 
 
-def crash_states(driver, preload, change, size, samples):
+def crash_states(driver, preload, change, size):
     """(old, new, other) counts for one change at one size, and the distinct states tried."""
     work = tempfile.mkdtemp(prefix="pindle_crash_")
     try:
         folder = os.path.join(work, "folder")
         os.mkdir(folder)
-        subprocess.run([driver, "prepare", change, str(size)], cwd=folder, check=True)
+        subprocess.run([driver, "prepare", str(size)], cwd=folder, check=True)
         before = snapshot(folder)
         old, = show(driver, [folder])
         log = os.path.join(work, "log")
-        env = dict(os.environ, LD_PRELOAD=preload, PINDLE_RECORD_DIR=folder, PINDLE_RECORD_LOG=log)
-        subprocess.run([driver, "act", change, str(size)], cwd=folder, env=env, check=True)
+        env = dict(os.environ, LD_PRELOAD=preload, PINDLE_RECORD_LOG=log)
+        subprocess.run([driver, "act", change], cwd=folder, env=env, check=True)
+        after = snapshot(folder)
         new, = show(driver, [folder])
-        ops = read_log(log)
+        with open(log) as f:
+            ops = [line.split() for line in f]
         model = Folder(before)
         rng = random.Random(f"{change}/{size}")
         seen, states = set(), []
         for i in range(len(ops) + 1):
             # Points just before each sync and metadata call hold every state between them.
             if i in (0, len(ops)) or ops[i][0] not in ("write", "open"):
-                for state in model.states(samples, rng):
-                    digest = hashlib.sha256()
-                    for name in sorted(state):
-                        digest.update(name.encode() + b"\0" + state[name])
-                    key = digest.digest()
+                for state in model.states(rng):
+                    key = tuple(sorted(state.items()))
                     if key not in seen:
                         seen.add(key)
                         states.append(state)
             if i < len(ops):
                 model.apply(ops[i])
+        # A call the recording missed would leave the model short of what the change did.
+        if {name: bytes(f.current) for name, f in model.names.items()} != after:
+            raise RuntimeError(f"{change}: the recorded calls do not make the folder it left")
         counts = [0, 0, 0]
         for start in range(0, len(states), 64):
             folders = []
@@ -177,8 +167,6 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("driver")
     parser.add_argument("preload")
-    parser.add_argument("--sizes", default="10,200")
-    parser.add_argument("--samples", type=int, default=24)
     parser.add_argument("--only")
     args = parser.parse_args()
     changes = subprocess.run([args.driver, "changes"], stdout=subprocess.PIPE, text=True,
@@ -188,9 +176,8 @@ def main():
     print(f"{'change':30} {'N':>4} {'calls':>6} {'old':>5} {'new':>5} {'other':>5}")
     bad = 0
     for change in changes:
-        for size in map(int, args.sizes.split(",")):
-            (old, new, other), calls = crash_states(args.driver, args.preload, change, size,
-                                                    args.samples)
+        for size in SIZES:
+            (old, new, other), calls = crash_states(args.driver, args.preload, change, size)
             print(f"{change:30} {size:>4} {calls:>6} {old:>5} {new:>5} {other:>5}", flush=True)
             bad += other
     return 1 if bad else 0

@@ -7,6 +7,7 @@
 #include "support/temp_dir.h"
 
 #include <chrono>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <functional>
@@ -48,7 +49,7 @@ std::string listed(const Writer& w) {
 }
 
 // One writer's action, on the to-do or category named `what`.
-enum class Act { AddTodo, EditTodo, DeleteTodo, Purge, Reassign, AddCategory, Rename, Delete };
+enum Act { AddTodo, EditTodo, DeleteTodo, Purge, Reassign, AddCategory, Rename, Delete };
 struct Action {
     Act act;
     const char* what = "";
@@ -78,16 +79,18 @@ Picked pick(const Writer& w, const Action& a) {
     return p;
 }
 
-// As the window does it: what was picked is found again by its content, an edit of what is gone
-// added beside what is there, a delete of what is gone left undone.
-void apply(Writer& w, const Action& a, const Picked& p) {
+// As the window does it, inside a Change: what was picked is found again by its content, an edit
+// of what is gone added beside what is there, a delete of what is gone left undone; then both
+// stores are saved, a store with nothing changed writing nothing.
+void actAndSave(Writer& w, const Action& a, const Picked& p) {
+    DataFolder::Change change(w.folder);
     TodoRecord* todo = w.todos.findLike(p.todo, p.todoAt);
     CategoryRecord* category = w.categories.findLike(p.category, p.categoryAt);
     switch (a.act) {
-    case Act::AddTodo:
+    case AddTodo:
         w.todos.append(::todo(a.what, a.to));
         break;
-    case Act::EditTodo:
+    case EditTodo:
         if (todo == nullptr) {
             todo = new TodoRecord(p.todo);
             todo->next = nullptr;
@@ -95,38 +98,32 @@ void apply(Writer& w, const Action& a, const Picked& p) {
         }
         todo->setDescription(a.to);
         break;
-    case Act::DeleteTodo:
+    case DeleteTodo:
         if (todo != nullptr)
             w.todos.remove(todo);
         break;
-    case Act::Purge:
+    case Purge:
         w.todos.purgeCompleted();
         break;
-    case Act::Reassign:
+    case Reassign:
         for (int i = 0; i < w.todos.count(); i++) {
             if (w.categories.find(w.todos.at(i)->category) == nullptr)
                 w.todos.at(i)->setCategory("Unassigned");
         }
         break;
-    case Act::AddCategory:
-    case Act::Rename:
-        if (a.act == Act::AddCategory || category == nullptr) {
+    case AddCategory:
+    case Rename:
+        if (a.act == AddCategory || category == nullptr) {
             category = new CategoryRecord;
             w.categories.append(category);
         }
         category->setName(a.to);
         break;
-    case Act::Delete:
+    case Delete:
         if (category != nullptr)
             w.categories.remove(category);
         break;
     }
-}
-
-// Saves both stores: a store with nothing changed writes nothing.
-void actAndSave(Writer& w, const Action& a, const Picked& p) {
-    DataFolder::Change change(w.folder);
-    apply(w, a, p);
     w.todos.save();
     w.categories.save();
 }
@@ -150,86 +147,50 @@ using SharedFolder = TempDirTest;
 
 // Each row: both writers load A, B (completed), C, D and the categories Unassigned, Work, Home;
 // this writer picks what its action needs, the other acts and saves, then this one acts inside a
-// Change and saves. The stores here, and a fresh load of the files, hold both intents.
+// Change and saves. The stores here, and a fresh load of the files, hold both intents: the
+// to-dos and the categories each row names.
 TEST_F(SharedFolder, AChangeAfterAnotherWritersKeepsBothIntents) {
     const std::string start = "A:Work B:Home* C:Work D:Home ";
     const struct {
-        const char* name;
         Action foreign, local;
-        std::string files;
+        std::string todos;
+        std::string categories = "Unassigned Work Home";
     } rows[] = {
-        {"both add",
-         {Act::AddTodo, "F", "Work"},
-         {Act::AddTodo, "L", "Unassigned"},
-         start + "F:Work L:Unassigned | Unassigned Work Home"},
-        {"edits of two to-dos",
-         {Act::EditTodo, "D", "D2"},
-         {Act::EditTodo, "A", "A2"},
-         "A2:Work B:Home* C:Work D2:Home | Unassigned Work Home"},
-        {"an edit after an add",
-         {Act::AddTodo, "F", "Work"},
-         {Act::EditTodo, "C", "C2"},
-         "A:Work B:Home* C2:Work D:Home F:Work | Unassigned Work Home"},
-        {"both edit one to-do: both kept",
-         {Act::EditTodo, "A", "A1"},
-         {Act::EditTodo, "A", "A2"},
-         "A1:Work B:Home* C:Work D:Home A2:Work | Unassigned Work Home"},
-        {"an edit of one deleted there: kept",
-         {Act::DeleteTodo, "A"},
-         {Act::EditTodo, "A", "A2"},
-         "B:Home* C:Work D:Home A2:Work | Unassigned Work Home"},
-        {"deletes of two to-dos",
-         {Act::DeleteTodo, "C"},
-         {Act::DeleteTodo, "A"},
-         "B:Home* D:Home | Unassigned Work Home"},
-        {"a delete of one changed there: kept",
-         {Act::EditTodo, "A", "A1"},
-         {Act::DeleteTodo, "A"},
-         "A1:Work B:Home* C:Work D:Home | Unassigned Work Home"},
-        {"both delete one to-do",
-         {Act::DeleteTodo, "D"},
-         {Act::DeleteTodo, "D"},
-         "A:Work B:Home* C:Work | Unassigned Work Home"},
-        {"an add after a purge",
-         {Act::Purge},
-         {Act::AddTodo, "L", "Unassigned"},
-         "A:Work C:Work D:Home L:Unassigned | Unassigned Work Home"},
-        {"a purge after an add",
-         {Act::AddTodo, "F", "Home"},
-         {Act::Purge},
-         "A:Work C:Work D:Home F:Home | Unassigned Work Home"},
-        {"a tab switch after a rename",
-         {Act::Rename, "Work", "Office"},
-         {Act::Reassign},
-         "A:Unassigned B:Home* C:Unassigned D:Home | Unassigned Office Home"},
-        {"a tab switch after an add",
-         {Act::AddTodo, "F", "Errands"},
-         {Act::Reassign},
-         start + "F:Unassigned | Unassigned Work Home"},
-        {"a new category after a rename",
-         {Act::Rename, "Work", "Office"},
-         {Act::AddCategory, "", "Errands"},
-         start + "| Unassigned Office Home Errands"},
-        {"renames of one category: both kept",
-         {Act::Rename, "Home", "Casa"},
-         {Act::Rename, "Home", "House"},
-         start + "| Unassigned Work Casa House"},
-        {"a rename of one deleted there",
-         {Act::Delete, "Home"},
-         {Act::Rename, "Home", "House"},
-         start + "| Unassigned Work House"},
-        {"a delete after a rename of another",
-         {Act::Rename, "Work", "Office"},
-         {Act::Delete, "Home"},
-         start + "| Unassigned Office"},
-        {"both delete one category",
-         {Act::Delete, "Work"},
-         {Act::Delete, "Work"},
-         start + "| Unassigned Home"},
+        // Both add; edits of two to-dos; an edit after an add.
+        {{AddTodo, "F", "Work"}, {AddTodo, "L", "Unassigned"}, start + "F:Work L:Unassigned "},
+        {{EditTodo, "D", "D2"}, {EditTodo, "A", "A2"}, "A2:Work B:Home* C:Work D2:Home "},
+        {{AddTodo, "F", "Work"}, {EditTodo, "C", "C2"}, "A:Work B:Home* C2:Work D:Home F:Work "},
+        // Both edit one to-do: both kept; an edit of one deleted there: kept.
+        {{EditTodo, "A", "A1"}, {EditTodo, "A", "A2"}, "A1:Work B:Home* C:Work D:Home A2:Work "},
+        {{DeleteTodo, "A"}, {EditTodo, "A", "A2"}, "B:Home* C:Work D:Home A2:Work "},
+        // Deletes of two to-dos; a delete of one changed there: kept; both delete one to-do.
+        {{DeleteTodo, "C"}, {DeleteTodo, "A"}, "B:Home* D:Home "},
+        {{EditTodo, "A", "A1"}, {DeleteTodo, "A"}, "A1:Work B:Home* C:Work D:Home "},
+        {{DeleteTodo, "D"}, {DeleteTodo, "D"}, "A:Work B:Home* C:Work "},
+        // An add after a purge, a purge after an add.
+        {{Purge}, {AddTodo, "L", "Unassigned"}, "A:Work C:Work D:Home L:Unassigned "},
+        {{AddTodo, "F", "Home"}, {Purge}, "A:Work C:Work D:Home F:Home "},
+        // A tab switch after a rename, after an add.
+        {{Rename, "Work", "Office"},
+         {Reassign},
+         "A:Unassigned B:Home* C:Unassigned D:Home ",
+         "Unassigned Office Home"},
+        {{AddTodo, "F", "Errands"}, {Reassign}, start + "F:Unassigned "},
+        // A new category after a rename; renames of one category: both kept; a rename of one
+        // deleted there; a delete after a rename of another; both delete one category.
+        {{Rename, "Work", "Office"},
+         {AddCategory, "", "Errands"},
+         start,
+         "Unassigned Office Home Errands"},
+        {{Rename, "Home", "Casa"}, {Rename, "Home", "House"}, start, "Unassigned Work Casa House"},
+        {{Delete, "Home"}, {Rename, "Home", "House"}, start, "Unassigned Work House"},
+        {{Rename, "Work", "Office"}, {Delete, "Home"}, start, "Unassigned Office"},
+        {{Delete, "Work"}, {Delete, "Work"}, start, "Unassigned Home"},
     };
     for (const auto& row : rows) {
+        const std::string files = row.todos + "| " + row.categories;
         for (bool inChild : {false, true}) {
-            SCOPED_TRACE(std::string(row.name) + (inChild ? ", in another process" : ""));
+            SCOPED_TRACE(files + (inChild ? ", in another process" : ""));
             writeFile("pindle_todo.db", todoFile({{1, 1, 2030, 0, 0, "Work", "A", ""},
                                                   {1, 1, 2030, 0, 1, "Home", "B", ""},
                                                   {1, 1, 2030, 0, 0, "Work", "C", ""},
@@ -239,8 +200,8 @@ TEST_F(SharedFolder, AChangeAfterAnotherWritersKeepsBothIntents) {
             const Picked picked = pick(here, row.local);
             actElsewhere(row.foreign, inChild);
             actAndSave(here, row.local, picked);
-            EXPECT_EQ(listed(here), row.files);
-            EXPECT_EQ(listed(Writer()), row.files);
+            EXPECT_EQ(listed(here), files);
+            EXPECT_EQ(listed(Writer()), files);
             EXPECT_FALSE(here.todos.changedOnDisk() || here.categories.changedOnDisk());
         }
     }
@@ -283,36 +244,31 @@ TEST_F(SharedFolder, RefreshReadsAgainOnlyWhatChangedElsewhere) {
     EXPECT_EQ(here.todos.count(), 0);
 }
 
-// Runs `body` in a child process, which holds what it took until this process ends it; returns
-// once the child holds it, with the child's pid and a descriptor whose closing ends it.
+// Runs `body` in a child process, which holds what it took until end() kills it; returns once
+// the child holds it.
 struct Holder {
     pid_t pid;
-    int release;
     void end() {
-        close(release);
+        kill(pid, SIGKILL);
         waitpid(pid, nullptr, 0);
     }
 };
 
 Holder holdInChild(const std::function<void()>& body) {
-    int ready[2], done[2];
-    if (pipe(ready) != 0 || pipe(done) != 0)
+    int ready[2];
+    if (pipe(ready) != 0)
         std::abort();
     pid_t child = fork();
     if (child == 0) {
-        close(done[1]);
         body();
         (void)!write(ready[1], "x", 1);
-        char c;
-        (void)!read(done[0], &c, 1);
-        _exit(0);
+        pause();
     }
     close(ready[1]);
-    close(done[0]);
     char c;
     (void)!read(ready[0], &c, 1);
     close(ready[0]);
-    return {child, done[1]};
+    return {child};
 }
 
 // One window and one sync per folder, each beside the other; a claim ends with its process.
@@ -328,7 +284,8 @@ TEST_F(SharedFolder, ClaimsRefuseASecondCopyOfTheirOwnRoleOnly) {
     }
     EXPECT_EQ(FolderClaim(".", Role::Sync).state(), State::Held) << "released with its object";
     window.end();
-    EXPECT_EQ(FolderClaim(".", Role::Window).state(), State::Held) << "released at exit";
+    EXPECT_EQ(FolderClaim(".", Role::Window).state(), State::Held)
+        << "released when its process ends";
     EXPECT_EQ(FolderClaim("no such folder", Role::Window).state(), State::Unavailable);
     EXPECT_TRUE(std::filesystem::is_empty(".")) << "no lock file";
 }

@@ -56,47 +56,38 @@ TEST(Utf8Text, BoundedCopiesAndFitsEndOnACharacter) {
         EXPECT_EQ(Utf8Text::fit(c.text, c.bytes), c.fitted) << c.text << " " << c.bytes;
 }
 
-// The first and last code point of each length, and the ranges next to those ruled out.
-TEST(Utf8Text, KnowsEveryWellFormedSequenceAtItsLimits) {
-    const std::pair<std::string, std::size_t> cases[] = {
-        {"\x7f", 1},
-        {"\xc2\x80", 2},
-        {"\xdf\xbf", 2},
-        {"\xe0\xa0\x80", 3},
-        {"\xed\x9f\xbf", 3},
-        {"\xee\x80\x80", 3},
-        {"\xef\xbf\xbf", 3},
-        {"\xf0\x90\x80\x80", 4},
-        {"\xf4\x8f\xbf\xbf", 4},
-        {"\xc1\xbf", 0},
-        {"\xe0\x9f\xbf", 0},
-        {"\xed\xa0\x80", 0},
-        {"\xf0\x8f\xbf\xbf", 0},
-        {"\xf4\x90\x80\x80", 0},
-        {"\xf5\x80\x80\x80", 0},
-        {"\xe2\x82", 0},
-        {"\xe2\x28\xac", 0},
-        {"\xf0\x9f\x98\x28", 0},
+// The first and last code point of each length are kept as they are; the sequences next to
+// those ruled out, and any other byte outside a well-formed sequence, are read as Latin-1.
+TEST(Utf8Text, KeepsWellFormedSequencesAtTheirLimitsAndReadsTheRestAsLatin1) {
+    const std::pair<std::string, std::size_t> wellFormed[] = {
+        {"\x7f", 1},         {"\xc2\x80", 2},         {"\xdf\xbf", 2},
+        {"\xe0\xa0\x80", 3}, {"\xed\x9f\xbf", 3},     {"\xee\x80\x80", 3},
+        {"\xef\xbf\xbf", 3}, {"\xf0\x90\x80\x80", 4}, {"\xf4\x8f\xbf\xbf", 4},
     };
-    for (const auto& [bytes, length] : cases) {
+    for (const auto& [bytes, length] : wellFormed) {
         const auto* in = reinterpret_cast<const unsigned char*>(bytes.data());
         EXPECT_EQ(Utf8Text::sequenceLength(in, bytes.size()), length) << bytes;
-        EXPECT_EQ(Utf8Text::fromBytes(bytes.data(), bytes.size()) == bytes, length != 0) << bytes;
+        EXPECT_EQ(Utf8Text::fromBytes(bytes.data(), bytes.size()), bytes);
     }
-}
-
-TEST(Utf8Text, KeepsWellFormedTextAndReadsTheRestAsLatin1) {
-    const std::pair<std::string, std::string> cases[] = {
-        {"x\xe2\x82", "x\xc3\xa2\xc2\x82"},                       // cut by the end
+    const std::pair<std::string, std::string> illFormed[] = {
         {"\xc0\xaf", "\xc3\x80\xc2\xaf"},                         // overlong
-        {"\xe0\x80\xaf", "\xc3\xa0\xc2\x80\xc2\xaf"},             // overlong, three bytes
-        {"\xf4\x90\x80\x80", "\xc3\xb4\xc2\x90\xc2\x80\xc2\x80"}, // past U+10FFFF
-        {"\x80", "\xc2\x80"},                                     // a lone continuation
+        {"\xc1\xbf", "\xc3\x81\xc2\xbf"},                         // overlong, the last
+        {"\xe0\x9f\xbf", "\xc3\xa0\xc2\x9f\xc2\xbf"},             // overlong, three bytes
         {"\xed\xa0\x80", "\xc3\xad\xc2\xa0\xc2\x80"},             // a surrogate
-        {std::string("abc\xc3\xa9", 4), "abc\xc3\x83"},           // the size given ends it
+        {"\xf0\x8f\xbf\xbf", "\xc3\xb0\xc2\x8f\xc2\xbf\xc2\xbf"}, // overlong, four bytes
+        {"\xf4\x90\x80\x80", "\xc3\xb4\xc2\x90\xc2\x80\xc2\x80"}, // past U+10FFFF
+        {"\xf5\x80\x80\x80", "\xc3\xb5\xc2\x80\xc2\x80\xc2\x80"}, // no lead byte
+        {"\x80", "\xc2\x80"},                                     // a lone continuation
+        {"\xe2\x82", "\xc3\xa2\xc2\x82"},                         // cut by the end
+        {std::string("\xc3\xa9", 1), "\xc3\x83"},                 // by the size given
+        {"\xe2\x28\xac", "\xc3\xa2(\xc2\xac"},                    // a continuation missing
+        {"\xf0\x9f\x98\x28", "\xc3\xb0\xc2\x9f\xc2\x98("},        // the last one missing
     };
-    for (const auto& [bytes, text] : cases)
+    for (const auto& [bytes, text] : illFormed) {
+        const auto* in = reinterpret_cast<const unsigned char*>(bytes.data());
+        EXPECT_EQ(Utf8Text::sequenceLength(in, bytes.size()), 0u) << bytes;
         EXPECT_EQ(Utf8Text::fromBytes(bytes.data(), bytes.size()), text) << bytes;
+    }
 }
 
 } // namespace

@@ -1,46 +1,49 @@
 #!/usr/bin/env bash
 # Saves that cannot be made: on a full file system (a small loop-mounted ext4) and to a file made
 # immutable (root ignores file modes). Each must say why on stderr, end with status 200 and
-# leave every old to-do in the file. On the full file system even an edit fails: its journal
+# leave the list exactly as it was. On the full file system even an edit fails: its journal
 # needs room before the file is touched; the torn journal is thrown away at the next opening.
 # Once there is room again, the edit saves.
-# usage: save_failures.sh SAVE_DRIVER. Needs root and a free loop device; skips (77) without.
+# usage: save_failures.sh CRASH_DRIVER. Needs root and a free loop device; skips (77) without.
 set -euo pipefail
-driver=$1 n=200
+driver=$1
 [ "$(id -u)" -eq 0 ] || { echo "SKIP: mounting a test file system needs root"; exit 77; }
 losetup -f >/dev/null 2>&1 || { echo "SKIP: no free loop device"; exit 77; }
 work=$(mktemp -d /tmp/pindle_fail_XXXXXX)
 mnt=$work/mnt
 trap 'set +e; cd /; chattr -i "$mnt/pindle_todo.db" 2>/dev/null; umount "$mnt"; rm -rf "$work"' EXIT
 
+# The list before and after the edit, made where there is room.
+mkdir "$work/room"
+(cd "$work/room" && "$driver" prepare 200 && "$driver" show . >"$work/old" &&
+  "$driver" act edit && "$driver" show . >"$work/edited")
+
 truncate -s 12M "$work/fs.img"
 mkfs.ext4 -q -F -m 0 "$work/fs.img"
 mkdir "$mnt"
 mount -o loop "$work/fs.img" "$mnt"
 cd "$mnt"
-"$driver" fill "$n" >/dev/null 2>&1
+"$driver" prepare 200
 dd if=/dev/zero of=filler bs=4k 2>/dev/null || true
 sync
 
-# expect CHANGE STATUS [LAST STDERR LINE]; then every old to-do must still be there: all of them
-# after a failure (as after an append, which changes none), all but the changed ones otherwise.
+# expect CHANGE STATUS LIST [LAST STDERR LINE]: LIST is what the folder must show afterwards.
 expect() {
-  local change=$1 want=$2 message=${3:-} status=0 unchanged=append
-  "$driver" "$change" "$n" >/dev/null 2>"$work/stderr" || status=$?
-  [ "$status" -eq 0 ] && unchanged=$change
+  local change=$1 want=$2 list=$3 message=${4:-} status=0
+  "$driver" act "$change" 2>"$work/stderr" || status=$?
   if [ "$status" -ne "$want" ] || [ "$(tail -n 1 "$work/stderr")" != "$message" ] ||
-    ! "$driver" check "$unchanged" "$n" >/dev/null; then
-    echo "FAIL: $change: status $status, stderr '$(cat "$work/stderr")', to-dos lost or not"
+    ! "$driver" show . 2>/dev/null | cmp -s - "$work/$list"; then
+    echo "FAIL: $change: status $status, stderr '$(cat "$work/stderr")', the list not as $list"
     exit 1
   fi
   echo "ok: $change: status $status${message:+, $message}"
 }
 
-expect append 200 "could not write records!"
-expect edit 200 "could not write records!"
+expect append 200 old "could not write records!"
+expect edit 200 old "could not write records!"
 [ ! -e .pindle_save.journal ] || { echo "FAIL: a torn journal was left after the check"; exit 1; }
 chattr +i pindle_todo.db
-expect edit 200 "could not open file pindle_todo.db"
+expect edit 200 old "could not open file pindle_todo.db"
 chattr -i pindle_todo.db
 rm filler
-expect edit 0
+expect edit 0 edited

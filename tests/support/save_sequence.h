@@ -28,14 +28,15 @@
 namespace SaveSequence {
 
 // Contents from a small set, so that many edits leave a record as it was; now and then texts
-// of full length, and shorter texts over longer ones leave bytes behind their terminators.
+// of full length, and shorter texts over longer ones leave bytes behind their terminators. A
+// to-do's texts share one letter, so that an edit may only move bytes from one text to the next.
 struct Contents {
     static void fill(TodoRecord& r, std::uint32_t v) {
         r.month = static_cast<int>(v % 3);
         r.completed = (v >> 2) % 8 == 0;
-        r.setCategory(std::string((v >> 5) % 8 == 0 ? 50 : (v >> 5) % 3, 'c').c_str());
-        r.setDescription(std::string((v >> 8) % 3, 'd').c_str());
-        r.setNotes(std::string((v >> 10) % 16 ? (v >> 14) % 3 : (v >> 14) % 32000, 'n').c_str());
+        r.setCategory(std::string((v >> 5) % 8 == 0 ? 50 : (v >> 5) % 3, 't').c_str());
+        r.setDescription(std::string((v >> 8) % 3, 't').c_str());
+        r.setNotes(std::string((v >> 10) % 16 ? (v >> 14) % 3 : (v >> 14) % 32000, 't').c_str());
     }
     static void fill(CategoryRecord& r, std::uint32_t v) {
         r.setName(std::string(v % 8 == 0 ? 60 : v % 3, (v >> 3) % 2 ? 'a' : 'b').c_str());
@@ -43,14 +44,6 @@ struct Contents {
     static bool doomed(const TodoRecord& r) { return r.completed != 0; }
     static bool doomed(const CategoryRecord& r) { return std::strlen(r.name) > 50; }
 };
-
-// The whole file in one read; empty when it is missing.
-inline std::string readFile(const char* name) {
-    struct stat info {};
-    std::string bytes(stat(name, &info) == 0 ? static_cast<std::size_t>(info.st_size) : 0, '\0');
-    std::ifstream(name, std::ios::binary).read(bytes.data(), info.st_size);
-    return bytes;
-}
 
 // Bytes this process has handed to write() and its kin so far. Read without iostreams, whose
 // checks under UBSan write to a pipe of their own.
@@ -158,9 +151,11 @@ private:
         const auto [kept, told] = takeKeptCopy();
         if (kept != othersFile_)
             return "the copy kept of the file changed by others is not what they left";
-        // Changes go to the journal and then in place, unless writing the file whole is less.
+        // Changes go to the journal and then in place, unless writing the file whole is less; a
+        // save with nothing to change writes nothing at all.
         const long long changed = changedBytes(known_, whole);
-        const long long overhead = 4096 + 16LL * store_->count();
+        const bool same = changed == 0 && known_.size() == whole.size();
+        const long long overhead = same ? 0 : 4096 + 16LL * store_->count();
         const long long most =
             std::min(2 * changed, static_cast<long long>(whole.size())) + overhead;
         const long long others = static_cast<long long>(kept.size()) + told;

@@ -1,16 +1,28 @@
 // The data files' record layout for the C++ tests and fuzzers, built from the documented format
-// rather than the program's code, and a store that frees its records when a test ends.
+// rather than the program's code, a store that frees its records when a test ends, and whole
+// files read as bytes.
 #ifndef PINDLE_TEST_STORE_HELPERS_H
 #define PINDLE_TEST_STORE_HELPERS_H
 
 #include <cstdint>
+#include <fstream>
 #include <string>
+#include <sys/stat.h>
 #include <vector>
 
 // Constructs (and so loads) a store; frees its records on destruction, for the leak checks.
 template <class Store> struct ScopedStore : Store {
     ~ScopedStore() { this->clear(); }
 };
+
+// The whole file in one read; empty when it is missing.
+inline std::string readFile(const std::string& name) {
+    struct stat info {};
+    std::string bytes(stat(name.c_str(), &info) == 0 ? static_cast<std::size_t>(info.st_size) : 0,
+                      '\0');
+    std::ifstream(name, std::ios::binary).read(bytes.data(), static_cast<long>(bytes.size()));
+    return bytes;
+}
 
 inline std::string beInt(std::int32_t v) {
     auto u = static_cast<std::uint32_t>(v);

@@ -1,14 +1,15 @@
 // Test helper: runs each test in a fresh, private working directory (the stores use the current
-// directory) and reads or writes whole files as bytes.
+// directory) and writes whole files as bytes (store_helpers.h reads them).
 #ifndef PINDLE_TEST_TEMP_DIR_H
 #define PINDLE_TEST_TEMP_DIR_H
+
+#include "support/store_helpers.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <unistd.h>
 
@@ -26,10 +27,6 @@ protected:
         std::filesystem::remove_all(dir_);
     }
 
-    static std::string readFile(const std::string& name) {
-        std::ifstream in(name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    }
     static void writeFile(const std::string& name, const std::string& bytes) {
         std::ofstream(name, std::ios::binary) << bytes;
     }
