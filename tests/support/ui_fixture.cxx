@@ -8,6 +8,7 @@
 #include <FL/Fl_Output.H>
 #include <FL/Fl_Tabs.H>
 
+#include <cctype>
 #include <new>
 #include <utility>
 
@@ -57,6 +58,19 @@ void UiTest::answer(std::vector<std::string> buttons) {
 void UiTest::answerPending(void* self) {
     auto* test = static_cast<UiTest*>(self);
     Fl::repeat_timeout(0.01, answerPending, self);
+    // A menu holds the pointer while it is shown, and a while after; the next is waited for anew.
+    if (std::isdigit(static_cast<unsigned char>(test->answers_.front()[0]))) {
+        if (Fl::grab() == nullptr || !Fl::grab()->shown())
+            return;
+        Fl::remove_timeout(answerPending, self);
+        for (int i = std::stoi(test->answers_.front()); i > 0; i--)
+            test->press(Fl::grab(), FL_Down);
+        test->press(Fl::grab(), FL_Enter);
+        test->answers_.erase(test->answers_.begin());
+        if (!test->answers_.empty())
+            Fl::add_timeout(0.01, answerPending, self);
+        return;
+    }
     for (Fl_Window* w = Fl::first_window(); w != nullptr; w = Fl::next_window(w)) {
         Fl_Widget* button = nullptr;
         std::string message;
@@ -85,6 +99,7 @@ void UiTest::press(Fl_Window* window, int key, std::string text, int state) {
     Fl::e_state = state;
     Fl::e_text = keyText_.data();
     Fl::e_length = static_cast<int>(keyText_.size());
+    Fl::belowmouse(nullptr); // the pointer over no widget: a shortcut goes to the modal window
     Fl::handle(FL_KEYBOARD, window);
 }
 

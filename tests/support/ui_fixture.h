@@ -26,8 +26,9 @@ protected:
     std::string start(std::optional<std::string> todoFile = {},
                       std::optional<std::string> categoryFile = {});
 
-    // The next question or alert boxes are answered with these buttons, in turn; each box
-    // answered is recorded in `boxes` with its message.
+    // The next question or alert boxes are answered with these buttons, in turn, and menus with
+    // a number: that many entries down, then Return. Each box answered is recorded in `boxes`
+    // with its message.
     void answer(std::vector<std::string> buttons);
     std::vector<std::string> boxes;
     // Run once, inside the next box's event loop, just before it is answered.

@@ -17,34 +17,6 @@ void typeAndSave(const char* name) {
     categoryDialog.saveButton->do_callback();
 }
 
-// Any name is saved as typed, empty and duplicate ones too; Edit renames in place.
-TEST_F(CategoryTab, NewAppendsAnyNameAndEditRenamesInPlace) {
-    start();
-    for (const char* name : {"Work", "", "Work"}) {
-        win->newCategoryButton->do_callback();
-        EXPECT_TRUE(categoryDialog.window->shown());
-        EXPECT_STREQ(categoryDialog.nameInput->value(), "");
-        typeAndSave(name);
-    }
-    win->editCategoryButton->do_callback(); // nothing selected
-    EXPECT_FALSE(categoryDialog.window->shown());
-    win->categoryBrowser->value(1);
-    win->editCategoryButton->do_callback();
-    EXPECT_STREQ(categoryDialog.nameInput->value(), "Unassigned");
-    typeAndSave("Inbox");
-    EXPECT_FALSE(categoryDialog.window->shown());
-    EXPECT_EQ(win->categoryBrowser->value(), 0);
-    EXPECT_EQ(lines(win->categoryBrowser), (Lines{"Inbox", "Work", "", "Work"}));
-    EXPECT_TRUE(readFile("cat.db") == categoryFile({"Inbox", "Work", "", "Work"}));
-    // A second click on the selected name edits it, as Edit does; the list finds lines once drawn.
-    Fl::flush();
-    Fl::e_x = win->categoryBrowser->x() + 20;
-    Fl::e_y = win->categoryBrowser->y() + 8;
-    for (int event : {FL_PUSH, FL_RELEASE, FL_PUSH, FL_RELEASE})
-        win->categoryBrowser->handle(event);
-    EXPECT_TRUE(categoryDialog.window->shown());
-}
-
 // The question comes first, then the refusal of "Unassigned"; a duplicate goes by its line.
 TEST_F(CategoryTab, DeleteAsksThenRefusesUnassignedAndRemovesTheSelectedLine) {
     start({}, categoryFile({"Unassigned", "Work", "Work"}));

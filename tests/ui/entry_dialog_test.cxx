@@ -1,5 +1,5 @@
 // The to-do entry dialog driven through the main window: New, Edit, Save and Cancel, the date
-// buttons, and the limits of the description and the notes.
+// buttons, and the limits of the description and the notes; the letters of every window.
 #include "cal_date.h"
 #include "support/store_helpers.h"
 #include "support/ui_fixture.h"
@@ -16,6 +16,7 @@
 namespace {
 
 using EntryDialogTest = UiTest;
+using Keyboard = UiTest;
 
 CalDate today() {
     CalDate d{};
@@ -28,36 +29,6 @@ std::string notes() {
     std::string copy = text;
     std::free(text);
     return copy;
-}
-
-// New starts from today with priority "1", not completed, empty texts and the first category,
-// whatever an earlier Edit left; Save appends the to-do as the dialog shows it.
-TEST_F(EntryDialogTest, NewStartsAfreshAndSaveAppendsWhatItShows) {
-    CalDate tomorrow = CalDate::addDays(today(), 1); // a weekday other than today's
-    TodoFields old{tomorrow.month, tomorrow.day, tomorrow.year, 4, 1, "Work", "old", "old notes"};
-    start(todoFile({old}), categoryFile({"Home", "Work"}));
-    win->showCompletedButton->value(1);
-    win->fillTodoBrowser();
-    win->todoBrowser->value(1);
-    win->editTodoButton->do_callback();
-    entryDialog.cancelButton->do_callback();
-    win->newTodoButton->do_callback();
-    CalDate now = today();
-    EXPECT_STREQ(entryDialog.weekdayOutput->value(),
-                 CalDate::weekdayName(CalDate::weekday(now.month, now.day, now.year)));
-    EXPECT_EQ(entryDialog.priorityChoice->value(), 0);
-    EXPECT_STREQ(entryDialog.descriptionInput->value(), "");
-    // Every priority can be chosen, "1" to "9".
-    for (int i = 0; i < 9; i++) {
-        const Fl_Menu_Item& item = entryDialog.priorityChoice->menu()[i];
-        EXPECT_TRUE(item.active() && item.label() == std::to_string(i + 1)) << i;
-    }
-    entryDialog.priorityChoice->value(8);
-    entryDialog.descriptionInput->value("Buy milk");
-    entryDialog.saveButton->do_callback();
-    EXPECT_FALSE(entryDialog.window->shown());
-    TodoFields added{now.month, now.day, now.year, 8, 0, "Home", "Buy milk", ""};
-    EXPECT_TRUE(readFile("pindle_todo.db") == todoFile({old, added}));
 }
 
 // Edit loads the selected line's to-do and Save writes it back in place; a category the
@@ -242,6 +213,113 @@ TEST_F(EntryDialogTest, PastesIntoLimitedFieldsKeepWhatFits) {
         input->handle(FL_PASTE);
         EXPECT_EQ(std::string(input->value()), p.after) << p.pasted;
     }
+}
+
+// Each button's letter acts on the window shown: plain where the focus takes no text (a list, a
+// button), with Alt from the text fields, whose plain letters are text; Escape closes a dialog
+// unsaved. A dialog shown holds the main window still. A second click on the selected line
+// edits it, as Edit does. New starts afresh, whatever an earlier Edit left: a category gets any
+// name typed, empty or not; a to-do today's date and weekday, priority "1", not completed, no
+// texts and the first category.
+TEST_F(Keyboard, LettersDriveEveryWindowAndNewStartsAfresh) {
+    CalDate t = today(), week = CalDate::addDays(t, 8), tomorrow = CalDate::addDays(t, 1);
+    TodoFields alpha{1, 1, 2030, 0, 0, "Work", "alpha", ""};
+    TodoFields old{tomorrow.month, tomorrow.day, tomorrow.year, 4, 1, "Work2", "old", "notes"};
+    start(todoFile({alpha, old}), categoryFile({"Unassigned", "Work"}));
+    auto keys = [&](Fl_Widget* focus, const std::string& typed, int state = 0) {
+        for (char k : typed) {
+            Fl::focus(focus);
+            press(focus->top_window(), k == '\e' ? FL_Escape : k, std::string(1, k), state);
+        }
+    };
+    auto secondClick = [](Fl_Browser* browser) {
+        Fl::flush(); // the list finds lines once drawn
+        Fl::e_x = browser->x() + 20;
+        Fl::e_y = browser->y() + 8;
+        for (int event : {FL_PUSH, FL_RELEASE, FL_PUSH, FL_RELEASE})
+            browser->handle(event);
+    };
+    Fl_Input* name = categoryDialog.nameInput;
+    keys(win->categoryBrowser, "e"); // nothing selected
+    EXPECT_EQ(Fl::modal(), nullptr);
+    win->categoryBrowser->value(2);
+    answer({"No", "No"});
+    keys(win->categoryBrowser, "dpa");
+    EXPECT_EQ(Fl::modal(), aboutDialog.window);
+    aboutDialog.window->hide();
+    keys(win->categoryBrowser, "e");
+    EXPECT_EQ(Fl::modal(), categoryDialog.window);
+    keys(name, "2");
+    keys(name, "s", FL_ALT);
+    EXPECT_EQ(win->categoryBrowser->value(), 0);
+    const std::tuple<Fl_Widget*, char, int, std::string> ends[] = {
+        {name, 'c', FL_ALT, "x"},
+        {categoryDialog.saveButton, 's', 0, ""},
+        {name, 's', FL_ALT, "Work2"},
+        {name, '\e', 0, "x"}};
+    for (auto [focus, k, state, typed] : ends) {
+        keys(win->categoryBrowser, "n");
+        keys(name, typed);
+        keys(focus, std::string(1, k), state);
+    }
+    EXPECT_EQ(lines(win->categoryBrowser),
+              (std::vector<std::string>{"Unassigned", "Work2", "", "Work2"}));
+    EXPECT_TRUE(readFile("cat.db") == categoryFile({"Unassigned", "Work2", "", "Work2"}));
+    secondClick(win->categoryBrowser);
+    EXPECT_TRUE(categoryDialog.window->shown());
+    categoryDialog.window->hide();
+
+    switchTab();
+    answer({"1"});
+    keys(win->todoBrowser, "t");
+    EXPECT_STREQ(win->categoryFilter->text(), "Unassigned");
+    filterBy("All");
+    keys(win->todoBrowser, "s");
+    win->todoBrowser->value(1); // the completed one, now shown
+    keys(win->todoBrowser, "e");
+    EXPECT_EQ(Fl::modal(), entryDialog.window);
+    EXPECT_STREQ(entryDialog.descriptionInput->value(), "old");
+    entryDialog.cancelButton->do_callback();
+    answer({"No"});
+    keys(win->todoBrowser, "d");
+    // Next Week or Today after Year +, two days on and one back, priority "3" and category Work2
+    // from their menus, Complete, Save; then Cancel or Escape.
+    const std::tuple<Fl_Widget*, int, std::string> entryKeys[] = {
+        {entryDialog.tomorrowButton, 0, "n++-peas"},
+        {entryDialog.descriptionInput, FL_ALT, "n++-peas"},
+        {entryDialog.notesEditor, FL_ALT, "t++-peas"},
+        {entryDialog.tomorrowButton, 0, "c"},
+        {entryDialog.notesEditor, 0, "\e"}};
+    for (auto [focus, state, typed] : entryKeys) {
+        keys(win->todoBrowser, "n");
+        EXPECT_EQ(Fl::modal(), entryDialog.window);
+        EXPECT_STREQ(entryDialog.weekdayOutput->value(),
+                     CalDate::weekdayName(CalDate::weekday(t.month, t.day, t.year)));
+        entryDialog.yearPlusButton->do_callback();
+        if (typed.size() > 1)
+            answer({"2", "1"}); // the menus of P and A
+        keys(focus, "x");
+        keys(focus, typed, state);
+        EXPECT_FALSE(entryDialog.window->shown());
+    }
+    alpha.category = "Unassigned"; // Work was renamed
+    EXPECT_TRUE(readFile("pindle_todo.db") ==
+                todoFile({alpha,
+                          old,
+                          {week.month, week.day, week.year, 2, 1, "Work2", "", ""},
+                          {week.month, week.day, week.year, 2, 1, "Work2", "x", ""},
+                          {tomorrow.month, tomorrow.day, tomorrow.year, 2, 1, "Work2", "", "x"}}));
+    EXPECT_EQ(boxes,
+              (std::vector<std::string>{"Do you really want to delete the category Item?",
+                                        "Do you really want to purge all completed to-do records?",
+                                        "Do you really want to delete the To-Do Item?"}));
+    // Every priority can be chosen, "1" to "9".
+    for (int i = 0; i < 9; i++) {
+        const Fl_Menu_Item& item = entryDialog.priorityChoice->menu()[i];
+        EXPECT_TRUE(item.active() && item.label() == std::to_string(i + 1)) << i;
+    }
+    secondClick(win->todoBrowser);
+    EXPECT_TRUE(entryDialog.window->shown());
 }
 
 } // namespace
