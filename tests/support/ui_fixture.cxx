@@ -1,11 +1,8 @@
 // The UI test fixture: global store reloading, window lifetime, boxes and keys.
 #include "support/ui_fixture.h"
 
-#include "cal_date.h"
-
 #include <FL/Fl_Choice.H>
 #include <FL/Fl_Double_Window.H>
-#include <FL/Fl_Output.H>
 #include <FL/Fl_Tabs.H>
 
 #include <cctype>
@@ -104,10 +101,7 @@ void UiTest::press(Fl_Window* window, int key, std::string text, int state) {
 }
 
 void UiTest::switchTab() {
-    Fl_Widget* other = win->tabs->value() == win->todoGroup
-                           ? static_cast<Fl_Widget*>(win->categoryGroup)
-                           : win->todoGroup;
-    win->tabs->value(other);
+    win->tabs->value(win->tabs->value() == win->todoGroup ? win->categoryGroup : win->todoGroup);
     win->tabs->do_callback();
 }
 
@@ -123,11 +117,4 @@ void UiTest::filterBy(const char* text) {
     ASSERT_NE(item, nullptr) << text;
     win->categoryFilter->value(item);
     win->categoryFilter->do_callback();
-}
-
-std::string UiTest::shownEntryDate() {
-    CalDate d = entryDialog.shownDate();
-    char buf[256];
-    CalDate::format(d.month, d.day, d.year, buf);
-    return std::string(buf) + " " + entryDialog.weekdayOutput->value();
 }

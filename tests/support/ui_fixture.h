@@ -42,8 +42,6 @@ protected:
     std::vector<std::string> todoLines() const { return lines(win->todoBrowser); }
     // Selects the filter entry with this text and runs the filter's callback.
     void filterBy(const char* text);
-    // The entry dialog's date fields and weekday, as "2/28/2005 Monday".
-    static std::string shownEntryDate();
 
     std::unique_ptr<TodoWindow> win;
 

@@ -1,6 +1,6 @@
 // The main window: the start, the to-do lines and their order, the filter, the tab switch,
-// Delete and Purge with their questions, a category's Delete, the About box, and the browser's
-// format codes in names and descriptions, which no dialog refuses.
+// Delete and Purge with their questions, a category's Delete, and the browser's format codes
+// in names and descriptions, which no dialog refuses.
 #include "cal_date.h"
 #include "support/store_helpers.h"
 #include "support/ui_fixture.h"
@@ -8,7 +8,6 @@
 #include <FL/Fl_Button.H>
 #include <FL/Fl_Check_Button.H>
 #include <FL/Fl_Choice.H>
-#include <FL/Fl_Double_Window.H>
 #include <FL/Fl_Group.H>
 #include <FL/Fl_Output.H>
 #include <FL/Fl_Tabs.H>
@@ -163,15 +162,6 @@ TEST_F(TodoList, CategoryDeleteAsksThenRefusesUnassignedAndRemovesTheSelectedLin
                             "Do you really want to delete the category Item?"}));
     EXPECT_TRUE(readFile("cat.db") == categoryFile({"Unassigned"}));
     EXPECT_TRUE(readFile("pindle_todo.db") == todos);
-}
-
-TEST_F(TodoList, AboutShowsTheVersionAndOkCloses) {
-    start();
-    win->aboutButton->do_callback();
-    EXPECT_EQ(std::string(aboutDialog.aboutText->value()).rfind("Pindle ToDo Version 1.5\n", 0),
-              0u);
-    aboutDialog.okButton->do_callback();
-    EXPECT_FALSE(aboutDialog.window->shown());
 }
 
 // Codes are read where the browser reads them: at the start of a category name, and at the
