@@ -198,9 +198,9 @@ TEST_F(EntryDialogTest, LimitedFieldsRefuseOnlyGrowthPastFiftyBytes) {
 
 // Each button's letter acts on the window shown: plain where the focus takes no text (a list, a
 // button), with Alt from the text fields, whose plain letters are text; Escape closes a dialog
-// unsaved. A dialog shown holds the main window still. A second click on the selected line
-// edits it, as Edit does. The About box shows the version until Ok. New starts afresh, whatever an
-// earlier Edit left: a category gets any name typed, empty or not; a to-do today's date and
+// unsaved. A dialog shown holds the main window still. A click selects a line, a second one
+// edits it, as Edit does. The About box shows the version until Ok. New starts afresh, whatever
+// an earlier Edit left: a category gets any name typed, empty or not; a to-do today's date and
 // weekday, priority "1", not completed, no texts and the first category.
 TEST_F(Keyboard, LettersDriveEveryWindowAndNewStartsAfresh) {
     CalDate t = today(), tomorrow = CalDate::addDays(t, 1);
@@ -214,12 +214,16 @@ TEST_F(Keyboard, LettersDriveEveryWindowAndNewStartsAfresh) {
             press(focus->top_window(), k == '\e' ? FL_Escape : k, std::string(1, k), state);
         }
     };
-    auto secondClick = [](Fl_Browser* browser) {
+    auto clickTwice = [](Fl_Browser* browser, Fl_Window* dialog) {
         Fl::flush(); // the list finds lines once drawn
         Fl::e_x = browser->x() + 20;
         Fl::e_y = browser->y() + 8;
-        for (int event : {FL_PUSH, FL_RELEASE, FL_PUSH, FL_RELEASE})
-            browser->handle(event);
+        for (int click = 0; click < 2; click++) {
+            EXPECT_FALSE(dialog->shown()) << "after click " << click;
+            browser->handle(FL_PUSH);
+            browser->handle(FL_RELEASE);
+        }
+        EXPECT_TRUE(dialog->shown());
     };
     Fl_Input* name = categoryDialog.nameInput;
     keys(win->categoryBrowser, "e"); // nothing selected
@@ -247,8 +251,8 @@ TEST_F(Keyboard, LettersDriveEveryWindowAndNewStartsAfresh) {
         keys(focus, std::string(1, k), state);
     }
     EXPECT_TRUE(readFile("cat.db") == categoryFile({"Unassigned", "Work2", "", "Work2"}));
-    secondClick(win->categoryBrowser);
-    EXPECT_TRUE(categoryDialog.window->shown());
+    clickTwice(win->categoryBrowser, categoryDialog.window);
+    EXPECT_EQ(categoryDialog.editing(), 1);
     categoryDialog.window->hide();
 
     switchTab();
@@ -301,8 +305,8 @@ TEST_F(Keyboard, LettersDriveEveryWindowAndNewStartsAfresh) {
         const Fl_Menu_Item& item = entryDialog.priorityChoice->menu()[i];
         EXPECT_TRUE(item.active() && item.label() == std::to_string(i + 1)) << i;
     }
-    secondClick(win->todoBrowser);
-    EXPECT_TRUE(entryDialog.window->shown());
+    clickTwice(win->todoBrowser, entryDialog.window);
+    EXPECT_EQ(entryDialog.editing(), 1);
 }
 
 } // namespace
