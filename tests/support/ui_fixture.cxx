@@ -1,13 +1,11 @@
 // The UI test fixture: global store reloading, window lifetime, boxes and keys.
 #include "support/ui_fixture.h"
 
-#include "cal_date.h"
-
 #include <FL/Fl_Choice.H>
 #include <FL/Fl_Double_Window.H>
-#include <FL/Fl_Output.H>
 #include <FL/Fl_Tabs.H>
 
+#include <cctype>
 #include <new>
 #include <utility>
 
@@ -57,6 +55,19 @@ void UiTest::answer(std::vector<std::string> buttons) {
 void UiTest::answerPending(void* self) {
     auto* test = static_cast<UiTest*>(self);
     Fl::repeat_timeout(0.01, answerPending, self);
+    // A menu holds the pointer while it is shown, and a while after; the next is waited for anew.
+    if (std::isdigit(static_cast<unsigned char>(test->answers_.front()[0]))) {
+        if (Fl::grab() == nullptr || !Fl::grab()->shown())
+            return;
+        Fl::remove_timeout(answerPending, self);
+        for (int i = std::stoi(test->answers_.front()); i > 0; i--)
+            test->press(Fl::grab(), FL_Down);
+        test->press(Fl::grab(), FL_Enter);
+        test->answers_.erase(test->answers_.begin());
+        if (!test->answers_.empty())
+            Fl::add_timeout(0.01, answerPending, self);
+        return;
+    }
     for (Fl_Window* w = Fl::first_window(); w != nullptr; w = Fl::next_window(w)) {
         Fl_Widget* button = nullptr;
         std::string message;
@@ -85,14 +96,12 @@ void UiTest::press(Fl_Window* window, int key, std::string text, int state) {
     Fl::e_state = state;
     Fl::e_text = keyText_.data();
     Fl::e_length = static_cast<int>(keyText_.size());
+    Fl::belowmouse(nullptr); // the pointer over no widget: a shortcut goes to the modal window
     Fl::handle(FL_KEYBOARD, window);
 }
 
 void UiTest::switchTab() {
-    Fl_Widget* other = win->tabs->value() == win->todoGroup
-                           ? static_cast<Fl_Widget*>(win->categoryGroup)
-                           : win->todoGroup;
-    win->tabs->value(other);
+    win->tabs->value(win->tabs->value() == win->todoGroup ? win->categoryGroup : win->todoGroup);
     win->tabs->do_callback();
 }
 
@@ -108,11 +117,4 @@ void UiTest::filterBy(const char* text) {
     ASSERT_NE(item, nullptr) << text;
     win->categoryFilter->value(item);
     win->categoryFilter->do_callback();
-}
-
-std::string UiTest::shownEntryDate() {
-    CalDate d = entryDialog.shownDate();
-    char buf[256];
-    CalDate::format(d.month, d.day, d.year, buf);
-    return std::string(buf) + " " + entryDialog.weekdayOutput->value();
 }

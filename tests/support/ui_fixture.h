@@ -26,8 +26,9 @@ protected:
     std::string start(std::optional<std::string> todoFile = {},
                       std::optional<std::string> categoryFile = {});
 
-    // The next question or alert boxes are answered with these buttons, in turn; each box
-    // answered is recorded in `boxes` with its message.
+    // The next question or alert boxes are answered with these buttons, in turn, and menus with
+    // a number: that many entries down, then Return. Each box answered is recorded in `boxes`
+    // with its message.
     void answer(std::vector<std::string> buttons);
     std::vector<std::string> boxes;
     // Run once, inside the next box's event loop, just before it is answered.
@@ -41,8 +42,6 @@ protected:
     std::vector<std::string> todoLines() const { return lines(win->todoBrowser); }
     // Selects the filter entry with this text and runs the filter's callback.
     void filterBy(const char* text);
-    // The entry dialog's date fields and weekday, as "2/28/2005 Monday".
-    static std::string shownEntryDate();
 
     std::unique_ptr<TodoWindow> win;
 

@@ -1,5 +1,5 @@
 // The to-do entry dialog driven through the main window: New, Edit, Save and Cancel, the date
-// buttons, and the limits of the description and the notes.
+// buttons, and the limits of the description and the notes; the letters of every window.
 #include "cal_date.h"
 #include "support/store_helpers.h"
 #include "support/ui_fixture.h"
@@ -16,6 +16,7 @@
 namespace {
 
 using EntryDialogTest = UiTest;
+using Keyboard = UiTest;
 
 CalDate today() {
     CalDate d{};
@@ -23,41 +24,19 @@ CalDate today() {
     return d;
 }
 
+// The date fields and the weekday, as "2/28/2005 Monday".
+std::string shownEntryDate() {
+    CalDate d = entryDialog.shownDate();
+    char buf[256];
+    CalDate::format(d.month, d.day, d.year, buf);
+    return std::string(buf) + " " + entryDialog.weekdayOutput->value();
+}
+
 std::string notes() {
     char* text = entryDialog.notesBuffer.text();
     std::string copy = text;
     std::free(text);
     return copy;
-}
-
-// New starts from today with priority "1", not completed, empty texts and the first category,
-// whatever an earlier Edit left; Save appends the to-do as the dialog shows it.
-TEST_F(EntryDialogTest, NewStartsAfreshAndSaveAppendsWhatItShows) {
-    CalDate tomorrow = CalDate::addDays(today(), 1); // a weekday other than today's
-    TodoFields old{tomorrow.month, tomorrow.day, tomorrow.year, 4, 1, "Work", "old", "old notes"};
-    start(todoFile({old}), categoryFile({"Home", "Work"}));
-    win->showCompletedButton->value(1);
-    win->fillTodoBrowser();
-    win->todoBrowser->value(1);
-    win->editTodoButton->do_callback();
-    entryDialog.cancelButton->do_callback();
-    win->newTodoButton->do_callback();
-    CalDate now = today();
-    EXPECT_STREQ(entryDialog.weekdayOutput->value(),
-                 CalDate::weekdayName(CalDate::weekday(now.month, now.day, now.year)));
-    EXPECT_EQ(entryDialog.priorityChoice->value(), 0);
-    EXPECT_STREQ(entryDialog.descriptionInput->value(), "");
-    // Every priority can be chosen, "1" to "9".
-    for (int i = 0; i < 9; i++) {
-        const Fl_Menu_Item& item = entryDialog.priorityChoice->menu()[i];
-        EXPECT_TRUE(item.active() && item.label() == std::to_string(i + 1)) << i;
-    }
-    entryDialog.priorityChoice->value(8);
-    entryDialog.descriptionInput->value("Buy milk");
-    entryDialog.saveButton->do_callback();
-    EXPECT_FALSE(entryDialog.window->shown());
-    TodoFields added{now.month, now.day, now.year, 8, 0, "Home", "Buy milk", ""};
-    EXPECT_TRUE(readFile("pindle_todo.db") == todoFile({old, added}));
 }
 
 // Edit loads the selected line's to-do and Save writes it back in place; a category the
@@ -105,8 +84,6 @@ TEST_F(EntryDialogTest, DateButtons) {
         Fl_Button* button;
         const char* shown;
     } steps[] = {
-        {{2, 28, 2005}, entryDialog.dayPlusButton, "3/1/2005 Tuesday"},
-        {{1, 1, 2006}, entryDialog.dayMinusButton, "12/31/2005 Saturday"},
         {{1, 31, 2005}, entryDialog.monthPlusButton, "2/28/2005 Monday"},
         {{3, 31, 2004}, entryDialog.monthMinusButton, "2/29/2004 Sunday"},
         {{2, 29, 2004}, entryDialog.yearPlusButton, "2/28/2005 Sunday"},
@@ -123,30 +100,26 @@ TEST_F(EntryDialogTest, DateButtons) {
         s.button->do_callback();
         EXPECT_EQ(shownEntryDate(), s.shown) << s.button->label() << " " << s.from.month;
     }
-    // Tomorrow and Next Week count from today, not from the date shown; Today is saved.
-    const std::pair<Fl_Button*, int> relative[] = {{entryDialog.tomorrowButton, 1},
-                                                   {entryDialog.nextWeekButton, 7},
-                                                   {entryDialog.todayButton, 0}};
-    for (const auto& [button, days] : relative) {
-        entryDialog.yearInput->value(1999);
-        button->do_callback();
-        CalDate e = CalDate::addDays(today(), days);
-        char date[256];
-        CalDate::format(e.month, e.day, e.year, date);
-        EXPECT_EQ(shownEntryDate().rfind(std::string(date) + " ", 0), 0u) << button->label();
-    }
-    entryDialog.saveButton->do_callback();
-    EXPECT_EQ(readFile("pindle_todo.db").substr(0, 12),
-              beInt(today().month) + beInt(today().day) + beInt(today().year));
 }
 
-// The notes keep 31,999 bytes, cut between characters; a description of 50 has no terminator
-// of its own and runs on into them, in the record and on the list's line, which stops at 255
-// characters.
+// The notes take keys as the toolkit's editor does, and pastes by the length they come with
+// (nothing after it is read): at most 31,999 bytes of each, and none into 200,000 bytes. They
+// keep 31,999 bytes, cut between characters; a description of 50 has no terminator of its own
+// and runs on into them, in the record and on the list's line, which stops at 255 characters.
 TEST_F(EntryDialogTest, NotesAreCutAndAFullDescriptionRunsOnIntoThem) {
     start({}, categoryFile({}));
     win->newTodoButton->do_callback();
     EXPECT_EQ(entryDialog.categoryChoice->text(), nullptr); // no category to choose
+    Fl::focus(entryDialog.notesEditor);
+    press(entryDialog.window, 'a', "a");
+    std::vector<char> pasted(40000, 'p'); // no terminator
+    Fl::e_text = pasted.data();
+    Fl::e_length = static_cast<int>(pasted.size());
+    entryDialog.notesEditor->handle(FL_PASTE);
+    EXPECT_EQ(notes(), "a" + std::string(31999, 'p'));
+    entryDialog.notesBuffer.text(std::string(200000, 'n').c_str());
+    entryDialog.notesEditor->handle(FL_PASTE);
+    EXPECT_EQ(entryDialog.notesBuffer.length(), 200000);
     entryDialog.descriptionInput->value(std::string(50, 'D').c_str());
     entryDialog.notesBuffer.text(std::string(40000, 'n').c_str());
     entryDialog.saveButton->do_callback();
@@ -166,8 +139,8 @@ TEST_F(EntryDialogTest, NotesAreCutAndAFullDescriptionRunsOnIntoThem) {
     EXPECT_EQ(todoStore.at(1)->notes, twoByte.substr(0, 31998));
 }
 
-// Real key presses at and over the limit of 50 bytes, in both fields: growth past it is
-// refused, while deleting, moving and selecting work whatever the length.
+// Real key presses and pastes at and over the limit of 50 bytes: growth past it is refused,
+// while deleting, moving and selecting work whatever the length.
 TEST_F(EntryDialogTest, LimitedFieldsRefuseOnlyGrowthPastFiftyBytes) {
     start();
     // After each key: the length against the start's, and the cursor (-1: at the end).
@@ -198,28 +171,7 @@ TEST_F(EntryDialogTest, LimitedFieldsRefuseOnlyGrowthPastFiftyBytes) {
             window->hide();
         }
     }
-}
-
-// The notes take keys as the toolkit's editor does, and pastes by the length they come with
-// (nothing after it is read): at most 31,999 bytes of each, and none into 200,000 bytes.
-TEST_F(EntryDialogTest, NotesTakeKeysAndKeepWhatAPasteCanSave) {
-    start();
-    win->newTodoButton->do_callback();
-    Fl::focus(entryDialog.notesEditor);
-    press(entryDialog.window, 'a', "a");
-    std::vector<char> pasted(40000, 'p'); // no terminator
-    Fl::e_text = pasted.data();
-    Fl::e_length = static_cast<int>(pasted.size());
-    entryDialog.notesEditor->handle(FL_PASTE);
-    EXPECT_EQ(notes(), "a" + std::string(31999, 'p'));
-    entryDialog.notesBuffer.text(std::string(200000, 'n').c_str());
-    entryDialog.notesEditor->handle(FL_PASTE);
-    EXPECT_EQ(entryDialog.notesBuffer.length(), 200000);
-}
-
-// Pastes keep what fits, never half a character, and never grow a text already too long.
-TEST_F(EntryDialogTest, PastesIntoLimitedFieldsKeepWhatFits) {
-    start();
+    // Pastes keep what fits, never half a character, and never grow a text already too long.
     win->newTodoButton->do_callback();
     Fl_Input* input = entryDialog.descriptionInput;
     struct Paste {
@@ -242,6 +194,119 @@ TEST_F(EntryDialogTest, PastesIntoLimitedFieldsKeepWhatFits) {
         input->handle(FL_PASTE);
         EXPECT_EQ(std::string(input->value()), p.after) << p.pasted;
     }
+}
+
+// Each button's letter acts on the window shown: plain where the focus takes no text (a list, a
+// button), with Alt from the text fields, whose plain letters are text; Escape closes a dialog
+// unsaved. A dialog shown holds the main window still. A click selects a line, a second one
+// edits it, as Edit does. The About box shows the version until Ok. New starts afresh, whatever
+// an earlier Edit left: a category gets any name typed, empty or not; a to-do today's date and
+// weekday, priority "1", not completed, no texts and the first category.
+TEST_F(Keyboard, LettersDriveEveryWindowAndNewStartsAfresh) {
+    CalDate t = today(), tomorrow = CalDate::addDays(t, 1);
+    CalDate in2 = CalDate::addDays(t, 2), week = CalDate::addDays(t, 8);
+    TodoFields alpha{1, 1, 2030, 0, 0, "Work", "alpha", ""};
+    TodoFields old{tomorrow.month, tomorrow.day, tomorrow.year, 4, 1, "Work2", "old", "notes"};
+    start(todoFile({alpha, old}), categoryFile({"Unassigned", "Work"}));
+    auto keys = [&](Fl_Widget* focus, const std::string& typed, int state = 0) {
+        for (char k : typed) {
+            Fl::focus(focus);
+            press(focus->top_window(), k == '\e' ? FL_Escape : k, std::string(1, k), state);
+        }
+    };
+    auto clickTwice = [](Fl_Browser* browser, Fl_Window* dialog) {
+        Fl::flush(); // the list finds lines once drawn
+        Fl::e_x = browser->x() + 20;
+        Fl::e_y = browser->y() + 8;
+        for (int click = 0; click < 2; click++) {
+            EXPECT_FALSE(dialog->shown()) << "after click " << click;
+            browser->handle(FL_PUSH);
+            browser->handle(FL_RELEASE);
+        }
+        EXPECT_TRUE(dialog->shown());
+    };
+    Fl_Input* name = categoryDialog.nameInput;
+    keys(win->categoryBrowser, "e"); // nothing selected
+    EXPECT_EQ(Fl::modal(), nullptr);
+    win->categoryBrowser->value(2);
+    answer({"No", "No"});
+    keys(win->categoryBrowser, "dpa");
+    EXPECT_EQ(Fl::modal(), aboutDialog.window);
+    EXPECT_EQ(std::string(aboutDialog.aboutText->value()).rfind("Pindle ToDo Version 1.5\n", 0),
+              0u);
+    aboutDialog.okButton->do_callback(); // or the next letters would go to it
+    keys(win->categoryBrowser, "e");
+    EXPECT_EQ(Fl::modal(), categoryDialog.window);
+    keys(name, "2");
+    keys(name, "s", FL_ALT);
+    EXPECT_EQ(win->categoryBrowser->value(), 0);
+    const std::tuple<Fl_Widget*, char, int, std::string> ends[] = {
+        {name, 'c', FL_ALT, "x"},
+        {categoryDialog.saveButton, 's', 0, ""},
+        {name, 's', FL_ALT, "Work2"},
+        {name, '\e', 0, "x"}};
+    for (auto [focus, k, state, typed] : ends) {
+        keys(win->categoryBrowser, "n");
+        keys(name, typed);
+        keys(focus, std::string(1, k), state);
+    }
+    EXPECT_TRUE(readFile("cat.db") == categoryFile({"Unassigned", "Work2", "", "Work2"}));
+    clickTwice(win->categoryBrowser, categoryDialog.window);
+    EXPECT_EQ(categoryDialog.editing(), 1);
+    categoryDialog.window->hide();
+
+    switchTab();
+    answer({"1"});
+    keys(win->todoBrowser, "t");
+    EXPECT_STREQ(win->categoryFilter->text(), "Unassigned");
+    filterBy("All");
+    keys(win->todoBrowser, "s");
+    win->todoBrowser->value(1); // the completed one, now shown
+    keys(win->todoBrowser, "e");
+    EXPECT_EQ(Fl::modal(), entryDialog.window);
+    EXPECT_STREQ(entryDialog.descriptionInput->value(), "old");
+    entryDialog.cancelButton->do_callback();
+    answer({"No"});
+    keys(win->todoBrowser, "d");
+    // After Year +, Tomorrow (a space on it), Next Week or Today, each counting from today; two
+    // days on and one back, priority "3" and category Work2 from their menus, Complete, Save;
+    // then Cancel or Escape.
+    const std::tuple<Fl_Widget*, int, std::string> entryKeys[] = {
+        {entryDialog.tomorrowButton, 0, " ++-peas"},
+        {entryDialog.descriptionInput, FL_ALT, "n++-peas"},
+        {entryDialog.notesEditor, FL_ALT, "t++-peas"},
+        {entryDialog.tomorrowButton, 0, "c"},
+        {entryDialog.notesEditor, 0, "\e"}};
+    for (auto [focus, state, typed] : entryKeys) {
+        keys(win->todoBrowser, "n");
+        EXPECT_EQ(Fl::modal(), entryDialog.window);
+        EXPECT_STREQ(entryDialog.weekdayOutput->value(),
+                     CalDate::weekdayName(CalDate::weekday(t.month, t.day, t.year)));
+        entryDialog.yearPlusButton->do_callback();
+        if (typed.size() > 1)
+            answer({"2", "1"}); // the menus of P and A
+        keys(focus, "x");
+        keys(focus, typed, state);
+        EXPECT_FALSE(entryDialog.window->shown());
+    }
+    alpha.category = "Unassigned"; // Work was renamed
+    EXPECT_TRUE(readFile("pindle_todo.db") ==
+                todoFile({alpha,
+                          old,
+                          {in2.month, in2.day, in2.year, 2, 1, "Work2", "", ""},
+                          {week.month, week.day, week.year, 2, 1, "Work2", "x", ""},
+                          {tomorrow.month, tomorrow.day, tomorrow.year, 2, 1, "Work2", "", "x"}}));
+    EXPECT_EQ(boxes,
+              (std::vector<std::string>{"Do you really want to delete the category Item?",
+                                        "Do you really want to purge all completed to-do records?",
+                                        "Do you really want to delete the To-Do Item?"}));
+    // Every priority can be chosen, "1" to "9".
+    for (int i = 0; i < 9; i++) {
+        const Fl_Menu_Item& item = entryDialog.priorityChoice->menu()[i];
+        EXPECT_TRUE(item.active() && item.label() == std::to_string(i + 1)) << i;
+    }
+    clickTwice(win->todoBrowser, entryDialog.window);
+    EXPECT_EQ(entryDialog.editing(), 1);
 }
 
 } // namespace

@@ -1,11 +1,12 @@
 // The window beside other programs writing its files: what they write is shown within a
-// second, keeping the tab, the filter and the selection where they still apply; the window's
-// own saves cause no reload; a person's change goes to the to-dos and categories as they are
-// then, an edit of a to-do changed elsewhere meanwhile kept beside that version.
+// second, keeping the tab, the filter, "Show Completed" and the selections where they still
+// apply; the window's own saves cause no reload; a person's change goes to the to-dos and
+// categories as they are then, an edit of a to-do changed elsewhere kept beside that version.
 #include "support/store_helpers.h"
 #include "support/ui_fixture.h"
 
 #include <FL/Fl_Button.H>
+#include <FL/Fl_Check_Button.H>
 #include <FL/Fl_Choice.H>
 #include <FL/Fl_Double_Window.H>
 #include <FL/Fl_Input.H>
@@ -13,7 +14,6 @@
 #include <FL/Fl_Tabs.H>
 
 #include <chrono>
-#include <cstring>
 #include <sys/inotify.h>
 #include <unistd.h>
 
@@ -55,24 +55,6 @@ void elsewhere(const std::function<void(TodoStore&, CategoryStore&)>& change) {
     categories.save();
 }
 
-TodoRecord* byDescription(TodoStore& store, const char* description) {
-    for (int i = 0; i < store.count(); i++) {
-        if (std::strcmp(store.at(i)->description, description) == 0)
-            return store.at(i);
-    }
-    return nullptr;
-}
-
-TodoRecord* todo(int day, const char* description, const char* category) {
-    auto* r = new TodoRecord;
-    r->month = 1;
-    r->day = day;
-    r->year = 2030;
-    r->setCategory(category);
-    r->setDescription(description);
-    return r;
-}
-
 std::string line(int day, const char* category, const char* description) {
     return "1\t1/" + std::to_string(day) + "/2030\t" + category + "\t" + description;
 }
@@ -92,9 +74,13 @@ TEST_F(FollowFiles, ShowsWhatAnotherProgramWroteAndKeepsWhatWasPicked) {
     filterBy("Work");
     win->todoBrowser->value(2);     // C
     win->categoryBrowser->value(3); // Home
+    win->showCompletedButton->value(1);
     elsewhere([](TodoStore& todos, CategoryStore&) {
-        byDescription(todos, "A")->setDescription("A2");
-        todos.append(todo(4, "D", "Work"));
+        todos.at(0)->setDescription("A2");
+        auto* d = new TodoRecord(*todos.at(2)); // C, the last: its next is null
+        d->day = 4;
+        d->setDescription("D");
+        todos.append(d);
     });
     EXPECT_LT(runUntil([&] { return todoLines().size() == 3; }), followBound());
     EXPECT_EQ(todoLines(),
@@ -102,6 +88,7 @@ TEST_F(FollowFiles, ShowsWhatAnotherProgramWroteAndKeepsWhatWasPicked) {
     EXPECT_EQ(selectedLine(win->todoBrowser), line(3, "Work", "C"));
     EXPECT_EQ(win->tabs->value(), win->todoGroup);
     EXPECT_STREQ(win->categoryFilter->text(), "Work");
+    EXPECT_EQ(win->showCompletedButton->value(), 1);
 
     // The filtered category renamed: the filter falls back to "All", as after a start.
     elsewhere(
@@ -113,7 +100,7 @@ TEST_F(FollowFiles, ShowsWhatAnotherProgramWroteAndKeepsWhatWasPicked) {
     EXPECT_EQ(selectedLine(win->categoryBrowser), "Home");
 
     // The selected to-do gone: nothing is selected.
-    elsewhere([](TodoStore& todos, CategoryStore&) { todos.remove(byDescription(todos, "C")); });
+    elsewhere([](TodoStore& todos, CategoryStore&) { todos.remove(todos.at(2)); });
     EXPECT_LT(runUntil([&] { return todoLines().size() == 3; }), followBound());
     EXPECT_EQ(win->todoBrowser->value(), 0);
 }
@@ -132,88 +119,60 @@ TEST_F(FollowFiles, TheWindowsOwnSavesCauseNoReload) {
     EXPECT_EQ(todoStore.count(), 4);
 }
 
-// Edit, then another program changes or deletes that to-do before Save: the edit is added as a
-// new to-do, the other version stays, and stderr says so. Whether the window read the files
-// again while the dialog was open or only at Save makes no difference.
-TEST_F(FollowFiles, AnEditOfAToDoChangedElsewhereKeepsBoth) {
+// Edit, or Delete and its question, then another program changes or deletes that to-do: the
+// edit is added as a new to-do beside the other version, the delete leaves that version, and
+// stderr says so; whether the window read the files again before Save makes no difference. The
+// to-do is found again by its content: another one changed meanwhile changes nothing.
+TEST_F(FollowFiles, AChangeToAToDoChangedElsewhereKeepsThatVersion) {
     const struct {
         const char* name;
-        std::function<void(TodoStore&, CategoryStore&)> change;
-        bool shownBeforeSave;
-        std::vector<std::string> descriptions;
-    } rows[] = {
-        {"changed",
-         [](TodoStore& t, CategoryStore&) { byDescription(t, "A")->completed = 1; },
-         true,
-         {"A", "B", "C", "A edited"}},
-        {"changed, read at Save",
-         [](TodoStore& t, CategoryStore&) { byDescription(t, "A")->setDescription("A1"); },
-         false,
-         {"A1", "B", "C", "A edited"}},
-        {"deleted",
-         [](TodoStore& t, CategoryStore&) { t.remove(byDescription(t, "A")); },
-         true,
-         {"B", "C", "A edited"}},
-        {"another one changed",
-         [](TodoStore& t, CategoryStore&) { t.at(2)->priority = 4; },
-         false,
-         {"A edited", "B", "C"}},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        start(kThree, kCategories);
-        switchTab();
-        win->todoBrowser->value(1);
-        win->editTodoButton->do_callback();
-        elsewhere(row.change);
-        if (row.shownBeforeSave)
-            win->followFiles();
-        entryDialog.descriptionInput->value("A edited");
-        testing::internal::CaptureStderr();
-        entryDialog.saveButton->do_callback();
-        std::string said = testing::internal::GetCapturedStderr();
+        bool edit, readBeforeSave, deleted; // elsewhere: the to-do at `at` deleted, or changed
+        int at;
         std::vector<std::string> saved;
-        ScopedStore<TodoStore> files;
-        for (int i = 0; i < files.count(); i++)
-            saved.emplace_back(files.at(i)->description);
-        EXPECT_EQ(saved, row.descriptions);
-        EXPECT_EQ(said.find("both versions are kept") != said.npos, saved.back() == "A edited")
-            << said;
-    }
-}
-
-// The question of Delete runs the event loop, where the files may be read again: the to-do is
-// found again by its content, and one changed elsewhere meanwhile is not deleted.
-TEST_F(FollowFiles, ADeleteAnsweredAfterAReloadFindsItsToDoAgain) {
-    const struct {
-        const char* name;
-        std::function<void(TodoStore&, CategoryStore&)> change;
-        std::vector<std::string> descriptions;
+        const char* said;
     } rows[] = {
-        {"another one changed", [](TodoStore& t, CategoryStore&) { t.at(0)->day = 9; }, {"A", "C"}},
-        {"the same one changed",
-         [](TodoStore& t, CategoryStore&) { t.at(1)->day = 9; },
-         {"A", "B", "C"}},
+        {"changed", true, false, false, 0, {"A", "B", "C", "A edited"}, "both versions are kept"},
+        {"deleted", true, true, true, 0, {"B", "C", "A edited"}, "both versions are kept"},
+        {"another changed", true, false, false, 2, {"A edited", "B", "C"}, nullptr},
+        {"delete, another", false, true, false, 0, {"A", "C"}, nullptr},
+        {"delete, same", false, true, false, 1, {"A", "B", "C"}, "that program's version stays"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         start(kThree, kCategories);
         switchTab();
-        win->todoBrowser->value(2); // B
-        whileAsking = [&] {
-            elsewhere(row.change);
-            win->followFiles();
+        win->todoBrowser->value(row.edit ? 1 : 2); // A or B
+        auto change = [&](TodoStore& t, CategoryStore&) {
+            if (row.deleted)
+                t.remove(t.at(row.at));
+            else
+                t.at(row.at)->day = 9;
         };
-        answer({"Yes"});
         testing::internal::CaptureStderr();
-        win->deleteTodoButton->do_callback();
+        if (row.edit) {
+            win->editTodoButton->do_callback();
+            elsewhere(change);
+            if (row.readBeforeSave)
+                win->followFiles();
+            entryDialog.descriptionInput->value("A edited");
+            entryDialog.saveButton->do_callback();
+        } else {
+            whileAsking = [&] {
+                elsewhere(change);
+                win->followFiles();
+            };
+            answer({"Yes"});
+            win->deleteTodoButton->do_callback();
+        }
         std::string said = testing::internal::GetCapturedStderr();
         std::vector<std::string> saved;
         ScopedStore<TodoStore> files;
         for (int i = 0; i < files.count(); i++)
             saved.emplace_back(files.at(i)->description);
-        EXPECT_EQ(saved, row.descriptions);
-        EXPECT_EQ(said.find("that program's version stays") != said.npos, saved.size() == 3);
+        EXPECT_EQ(saved, row.saved);
+        EXPECT_EQ(said.find(row.said ? row.said : "another program") != said.npos,
+                  row.said != nullptr)
+            << said;
     }
 }
 

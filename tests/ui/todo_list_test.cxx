@@ -1,5 +1,6 @@
-// The main window and its to-do tab: the start, the lines and their order, the filter, the tab
-// switch, and Delete and Purge with their questions.
+// The main window: the start, the to-do lines and their order, the filter, the tab switch,
+// Delete and Purge with their questions, a category's Delete, and the browser's format codes
+// in names and descriptions, which no dialog refuses.
 #include "cal_date.h"
 #include "support/store_helpers.h"
 #include "support/ui_fixture.h"
@@ -132,11 +133,60 @@ TEST_F(TodoList, DeleteAndPurgeAskFirst) {
     EXPECT_TRUE(readFile("pindle_todo.db") ==
                 todoFile({todo(d, 0, "keep"), todo(d, 0, "done", "Home", 1)}));
     win->purgeButton->do_callback();
-    EXPECT_EQ(boxes, (Lines{"Do you really want to delete the To-Do Item?",
-                            "Do you really want to delete the To-Do Item?",
-                            "Do you really want to purge all completed to-do records?",
-                            "Do you really want to purge all completed to-do records?"}));
+    EXPECT_EQ(boxes.size(), 4u); // their texts: Keyboard.LettersDriveEveryWindowAndNewStartsAfresh
     EXPECT_TRUE(readFile("pindle_todo.db") == todoFile({todo(d, 0, "keep")}));
+}
+
+// A category's Delete asks only with a line selected, then refuses "Unassigned"; a duplicate
+// goes by its line. The to-dos of a deleted category change only at the next tab switch.
+TEST_F(TodoList, CategoryDeleteAsksThenRefusesUnassignedAndRemovesTheSelectedLine) {
+    const std::string todos = todoFile({todo(fromToday(1), 0, "task")});
+    start(todos, categoryFile({"Unassigned", "Work", "Work"}));
+    win->deleteCategoryButton->do_callback();
+    win->categoryBrowser->value(1);
+    answer({"Yes", "Close", "No", "Yes", "Yes"});
+    win->deleteCategoryButton->do_callback();
+    EXPECT_EQ(categoryStore.count(), 3);
+    CategoryRecord* first = categoryStore.at(1);
+    win->categoryBrowser->value(3);
+    win->deleteCategoryButton->do_callback();
+    EXPECT_EQ(categoryStore.count(), 3);
+    win->deleteCategoryButton->do_callback();
+    EXPECT_EQ(categoryStore.at(1), first);
+    win->categoryBrowser->value(2);
+    win->deleteCategoryButton->do_callback();
+    EXPECT_EQ(boxes, (Lines{"Do you really want to delete the category Item?",
+                            "You can not delete the Unassigned category!",
+                            "Do you really want to delete the category Item?",
+                            "Do you really want to delete the category Item?",
+                            "Do you really want to delete the category Item?"}));
+    EXPECT_TRUE(readFile("cat.db") == categoryFile({"Unassigned"}));
+    EXPECT_TRUE(readFile("pindle_todo.db") == todos);
+}
+
+// Codes are read where the browser reads them: at the start of a category name, and at the
+// start of each of the to-do list's five columns. Only those that would crash the toolkit or
+// end the program are shown as typed instead: fonts outside 0-15 and sizes above 2000, as the
+// codes leave them. Every line here is drawn.
+TEST_F(TodoList, FormatCodesAreObeyedUnlessTheyBreakTheToolkit) {
+    Lines names = {"@F15@S2000x",    "@S0@S-9x",  "@F16x",       "@F-1x",    "@S2001x",
+                   "@S99999999999x", "@F14@b@ix", "@F12@b@F16x", "@F99@F1x", "@S99999@lx",
+                   "@B5@F16x",       "a\t@F16x",  "@@F16x"};
+    names.push_back("@F16" + std::string(46, 'y')); // a whole name keeps its room for "@."
+    start(todoFile({{6, 15, 2999, 0, 0, "@F99999x", "x\t@S99999y", ""},
+                    {6, 15, 2999, 0, 0, "Work", "a\tb\t@F99", ""},
+                    {6, 15, 2004, 0, 0, "a\t@F16", "r", ""}}),
+          categoryFile(names));
+    Fl::flush(); // drawn now, under the sanitizers too
+    EXPECT_EQ(lines(win->categoryBrowser),
+              (Lines{"@F15@S2000x", "@S0@S-9x", "@.@F16x", "@.@F-1x", "@.@S2001x",
+                     "@.@S99999999999x", "@F14@b@ix", "@.@F12@b@F16x", "@F99@F1x", "@S99999@lx",
+                     "@.@B5@F16x", "a\t@F16x", "@@F16x", "@.@F16" + std::string(46, 'y')}));
+    win->tabs->value(win->todoGroup); // no tab switch: the categories stay as they are
+    Fl::flush();                      // drawn now, under the sanitizers too
+    EXPECT_EQ(todoLines(),
+              (Lines{"@C1@.1\t@C1@.6/15/2004\t@C1@.a\t@.@F16\t@C1@.r",
+                     "1\t6/15/2999\tWork\ta\tb\t@F99", "1\t6/15/2999\t@.@F99999x\tx\t@.@S99999y"}));
 }
 
 } // namespace
