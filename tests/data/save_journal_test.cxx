@@ -9,6 +9,7 @@
 #include <cstring>
 #include <filesystem>
 #include <functional>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -99,7 +100,9 @@ TEST_F(SaveJournalTest, OnlyAWholeJournalIsCarriedOut) {
         EXPECT_EQ(said[0].first, DataReport::Kind::Notice);
         const std::vector<std::string> left = leftInFolder();
         ASSERT_EQ(left.size(), 3u);
-        EXPECT_EQ(left[0].rfind(std::string(SaveJournal::kName) + ".unreadable-", 0), 0u);
+        EXPECT_TRUE(std::regex_match(
+            left[0], std::regex(R"(\.pindle_save\.journal\.unreadable-\d{8}-\d{6})")))
+            << left[0];
         EXPECT_EQ(readFile(left[0]), c.bytes);
         EXPECT_NE(said[0].second.find(left[0]), std::string::npos) << said[0].second;
         std::filesystem::remove(left[0]);

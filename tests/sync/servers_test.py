@@ -139,9 +139,11 @@ class SyncCases(ServerCase):
                       kept, rich._replace(description=b"Rich, edited", completed=1),
                       todo(b"E", priority=2)])
         offset = self.server.log_size()
-        self.sync(folder)
+        said = self.sync(folder).stdout.decode()
         sent = self.server.requests_since(offset)
         self.assertEqual((sent.count("PUT"), sent.count("DELETE")), (4, 1), sent)
+        self.assertRegex(said, r"^pindle_sync: sent 1 new, 3 changed, 1 deleted; received 0 new, "
+                         r"0 changed, 0 deleted; 0 kept twice; \d+ requests, 5 writes\n$")
         march = datetime.date(2030, 3, 1)
         got = by_summary(self.device)
         self.assertEqual({s: fields(t) for s, t in got.items()}, {

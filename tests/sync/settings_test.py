@@ -8,6 +8,7 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import termios
 import unittest
 
 import sync_fixture as fx
@@ -73,6 +74,7 @@ class Settings(unittest.TestCase):
         shown += fx.read_terminal(terminal)
         self.assertEqual(os.waitpid(pid, 0)[1], 0, shown)
         self.assertNotIn(fx.PASSWORD.encode(), shown, "the password typed was shown")
+        self.assertTrue(termios.tcgetattr(terminal)[3] & termios.ECHO, "echo was left off")
         self.assertIn(b"set up for alice", shown)
         self.assertEqual(self.lookup(self.url), fx.PASSWORD)
         self.assertEqual([os.stat(p).st_mode & 0o777 for p in
