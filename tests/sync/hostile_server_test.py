@@ -213,6 +213,13 @@ class HostileReplies(unittest.TestCase):
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertEqual([t.description for t in self.folder.todos()], [b"A"])
 
+    def test_a_known_task_turned_unreadable_is_left_as_it_was(self):
+        self.sync(multistatus(vtodo(b"UID:a", b"SUMMARY:A")))
+        Hostile.reply = multistatus(b"no calendar", token=b"<d:sync-token>t2</d:sync-token>")
+        Hostile.reply = Hostile.reply.replace(b'"0"', b'"changed"')
+        result = self.folder.sync(self.url)
+        self.assertEqual([t.description for t in self.folder.todos()], [b"A"], result.stderr)
+
     def test_progress_on_a_terminal(self):
         """A sync of a few hundred writes shows how far it is on stderr when that is a
         terminal, once it takes longer than a moment, and ends the line it redraws."""
