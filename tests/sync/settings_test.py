@@ -120,8 +120,10 @@ class Settings(unittest.TestCase):
         self.assertEqual(self.lookup(self.url), "")
         self.assertEqual(self.run_sync().returncode, 0)
         fx.private_file(self.config, f'url = "{self.url}"\nuser = "{fx.USER}"\n'
-                        'password = "environment"\n')
+                        'password = "environment"\nfolder = "~/elsewhere"\n')
+        os.mkdir(os.path.join(self.home, "elsewhere"))
         self.assertEqual(self.run_sync(password=fx.PASSWORD).returncode, 0)
+        self.assertTrue(os.path.isfile(os.path.join(self.home, "elsewhere", ".pindle_sync.json")))
         fx.private_file(self.config, f'url = "{self.url}"\nuser = "{fx.USER}"\n'
                         'password = "keyring"\n')
         self.assertIn(b"the keyring holds no password", self.run_sync().stderr)
