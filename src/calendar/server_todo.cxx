@@ -47,9 +47,8 @@ void readDue(icalcomponent* vtodo, ServerTodo& out) {
     if (p == nullptr)
         return;
     icaltimetype due = icalproperty_get_due(p);
-    if (icaltime_is_null_time(due) || !icaltime_is_valid_time(due) || due.year < 1 ||
-        due.month < 1 || due.month > 12 || due.day < 1 ||
-        due.day > CalDate::daysInMonth(due.month, due.year))
+    if (icaltime_is_null_time(due) || !icaltime_is_valid_time(due) ||
+        !CalDate::isCalendarDate(due.month, due.day, due.year))
         return;
     out.hasDue = true;
     out.year = due.year;

@@ -22,10 +22,7 @@ TodoView::TodoView(const TodoRecord& record)
       description_(fieldText(record.description)), notes_(fieldText(record.notes)) {}
 
 bool TodoView::hasDate() const {
-    const TodoRecord& r = record_;
-    if (r.month < 1 || r.month > 12 || r.year < 1 || r.year > 9999)
-        return false;
-    return r.day >= 1 && r.day <= CalDate::daysInMonth(r.month, r.year);
+    return CalDate::isCalendarDate(record_.month, record_.day, record_.year);
 }
 
 std::string TodoView::isoDate() const {

@@ -72,6 +72,11 @@ const char* CalDate::weekdayName(int weekday) {
     return "Saturday";
 }
 
+bool CalDate::isCalendarDate(int month, int day, int year) {
+    return month >= 1 && month <= 12 && year >= 1 && year <= 9999 && day >= 1 &&
+           day <= daysInMonth(month, year);
+}
+
 bool CalDate::isLeapYear(int year) {
     bool byFour = (year & 3) == 0;
     bool byHundred = year == (year / 100) * 100;

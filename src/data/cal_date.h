@@ -1,5 +1,6 @@
 // Calendar arithmetic on month/day/year triples: day numbers, weekdays, leap years and the
-// rules behind the entry dialog's date buttons. Pure functions; nothing here validates a date.
+// rules behind the entry dialog's date buttons. Pure functions; only isCalendarDate validates a
+// date.
 #ifndef PINDLE_CAL_DATE_H
 #define PINDLE_CAL_DATE_H
 
@@ -18,6 +19,9 @@ struct CalDate {
     // Anything outside 0-5 is "Saturday", negative remainders included.
     static const char* weekdayName(int weekday);
 
+    // A day the calendar has, in a year of 1-9999: what a damaged file or another program's
+    // date may not be, and what the companions' date formats can write.
+    static bool isCalendarDate(int month, int day, int year);
     static bool isLeapYear(int year);
     static int daysInMonth(int month, int year);
     // The same from a caller's own copy of the 14-entry table. A month outside 0-12 (only a
