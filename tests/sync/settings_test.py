@@ -96,11 +96,17 @@ class Settings(unittest.TestCase):
                          ["From the phone", "Other"])
 
     def test_a_set_up_that_fails_writes_nothing(self):
+        good = os.path.join(self.home, "password")
+        fx.private_file(good, fx.PASSWORD + "\n")
+        with open(os.path.join(self.home, ".config"), "w"):
+            pass  # a file where the settings' folder should go
         for url, extra, password, reason in (
                 (self.url, [], "not it", "refused the user name or password (401)"),
                 (self.url + "nowhere/", [], fx.PASSWORD, "no collection at that URL"),
                 (self.url, ["--password-file", "/no/such/file"], None,
-                 "cannot read password file")):
+                 "cannot read password file"),
+                (self.url, ["--password-file", good], None,
+                 "cannot make folder %s/.config/pindle_sync: Not a directory" % self.home)):
             with self.subTest(reason=reason):
                 result = self.run_sync("--setup", "--url", url, "--user", fx.USER, *extra,
                                        password=password)
