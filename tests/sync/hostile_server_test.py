@@ -54,6 +54,7 @@ class Hostile(http.server.BaseHTTPRequestHandler):
 
     def answer(self, status, body, headers=()):
         type(self).requests += 1
+        type(self).agent = self.headers.get("User-Agent")
         self.send_response(status)
         for name, value in headers:
             self.send_header(name, value)
@@ -129,7 +130,7 @@ class HostileReplies(unittest.TestCase):
                   b"DUE:20300704T235959Z"),
         )
         result = self.sync(reply)
-        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertEqual((result.returncode, Hostile.agent), (0, "pindle_sync/1.5"), result.stderr)
         todos = self.folder.todos()  # strict: whole records, zeros after every terminator
         self.assertGreaterEqual(len(todos), 5)
         # Cut to the field, never inside a character: the notes to 31998 of 31999 bytes.
