@@ -60,6 +60,7 @@ TEST(CommandLine, SaysWhatIsWrongUnlessHelpIsAsked) {
     } cases[] = {
         {{"--format"}, "option --format needs a value"},
         {{"--formats=csv"}, "unknown option '--formats=csv'"},
+        {{"--=csv"}, "unknown option '--=csv'"}, // no name at all, not a start of each
         {{"--d", "x"}, "ambiguous option '--d' (--dir, --dry-run)"},
         {{"--dry-run=yes"}, "option --dry-run takes no value"},
         {{"-x"}, "unknown option '-x'"},
