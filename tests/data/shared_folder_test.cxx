@@ -11,6 +11,8 @@
 #include <cstring>
 #include <filesystem>
 #include <functional>
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
@@ -318,6 +320,12 @@ TEST_F(SharedFolder, TheLockKeepsReadersAndWritersOutOfAChange) {
         EXPECT_GE(waited, std::chrono::milliseconds(150)) << (reader ? "reader" : "writer");
         EXPECT_EQ(here.todos.count(), reader ? 2 : 3);
     }
+    // A refresh inside a change, as the window's watch may ask for one, keeps the change's lock.
+    DataFolder::Change change(here.folder);
+    here.folder.refresh();
+    int other = open(".", O_RDONLY | O_DIRECTORY);
+    EXPECT_NE(flock(other, LOCK_SH | LOCK_NB), 0) << "the change's lock was let go";
+    close(other);
 }
 
 } // namespace
