@@ -1,7 +1,7 @@
 // Finding the to-dos of the last sync in the file as it is now: each case is the old and the new
 // list as letters (a capital and its small letter are one to-do before and after a change of its
-// description, its notes the same; '*' is a new to-do with its own date, priority and category)
-// and where each old one was found.
+// description, its notes the same; '*' is a new to-do with its own date, priority and category,
+// '+' one with its own date and priority) and where each old one was found.
 #include "local_matcher.h"
 
 #include <gtest/gtest.h>
@@ -14,14 +14,14 @@ namespace {
 
 RecordDigest digestOf(char letter) {
     TodoRecord r;
-    bool fresh = letter == '*';
+    bool fresh = letter == '*' || letter == '+';
     r.month = fresh ? 7 : 3;
     r.day = 1;
     r.year = 2030;
     r.priority = fresh ? 4 : 0;
     char text[2] = {letter, '\0'};
     char notes[2] = {static_cast<char>(std::toupper(static_cast<unsigned char>(letter))), '\0'};
-    r.setCategory(fresh ? "Work" : "Unassigned");
+    r.setCategory(letter == '*' ? "Work" : "Unassigned");
     r.setDescription(text);
     r.setNotes(notes);
     return RecordDigest::of(r);
@@ -48,6 +48,7 @@ TEST(LocalMatcher, FindsEachOldToDoOrItsGap) {
         {"AB", "AB*", {0, 1}},                // added at the end
         {"AB", "A*", {0, -1}},                // last deleted, a new one added
         {"AB", "Ab", {0, 1}},                 // last changed
+        {"AB", "A+", {0, 1}},                 // last changed in all but category and state
         {"ABCD", "AcD", {0, -1, 1, 2}},       // one deleted, its neighbour changed
         {"ABCD", "abcD", {0, 1, 2, 3}},       // several changed before an unchanged one
         {"AAA", "AA", {0, 1, -1}},            // identical to-dos are interchangeable
