@@ -56,10 +56,10 @@ std::size_t collectHeader(char* data, std::size_t size, std::size_t count, void*
     std::size_t bytes = size * count;
     std::string line(data, bytes);
     if (line.size() > 5 && strncasecmp(line.c_str(), "etag:", 5) == 0) {
-        std::size_t start = line.find_first_not_of(" \t", 5);
-        std::size_t end = line.find_last_not_of(" \t\r\n");
-        if (start != std::string::npos && end >= start)
-            static_cast<HttpReply*>(target)->etag = line.substr(start, end - start + 1);
+        std::size_t start = line.find_first_not_of(" \t\r\n", 5);
+        if (start != std::string::npos)
+            static_cast<HttpReply*>(target)->etag =
+                line.substr(start, line.find_last_not_of(" \t\r\n") - start + 1);
     }
     return bytes;
 }
