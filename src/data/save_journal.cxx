@@ -306,8 +306,7 @@ bool SaveJournal::leftOver() {
            exists(newFileName(kDataFiles[1]).c_str());
 }
 
-bool SaveJournal::recover() {
-    bool recovered = true;
+void SaveJournal::recover() {
     int fd = open(kName, O_RDONLY | O_CLOEXEC);
     if (fd >= 0) {
         Reader reader(fd);
@@ -336,10 +335,8 @@ bool SaveJournal::recover() {
             DataReport::notice("%s is not a save journal this program can read; it is kept as "
                                "%s and the files are left as they are",
                                kName, aside ? kept : kName);
-            recovered = false;
         }
     }
     for (const char* name : kDataFiles)
         unlink(newFileName(name).c_str());
-    return recovered;
 }

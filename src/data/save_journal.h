@@ -47,9 +47,8 @@ public:
     bool apply();
 
     // Finishes or throws away a journal a crash left in the current directory, and removes any
-    // ".NAME.new" file left without one. Reports what it did; false when a journal it cannot
-    // read was set aside instead.
-    static bool recover();
+    // ".NAME.new" file left without one, and reports what it did.
+    static void recover();
 
     // True when there is something for recover() to look at.
     static bool leftOver();
