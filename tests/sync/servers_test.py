@@ -320,7 +320,8 @@ class Failures(ServerCase, unittest.TestCase):
         self.assertFalse({"PUT", "DELETE"} & set(self.server.requests_since(offset)))
         self.server.stop()
         try:
-            self.assert_refused(folder.sync(self.url), 1, "cannot reach the server")
+            self.assert_refused(folder.sync(self.url), 1, "cannot reach the server: Failed to "
+                                f"connect to 127.0.0.1 port {self.server.port}")
         finally:
             self.server.start()
         self.assertEqual(folder.snapshot(), before)
