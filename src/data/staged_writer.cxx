@@ -9,23 +9,12 @@ namespace {
 constexpr std::size_t kStageSize = 256 * 1024;
 } // namespace
 
-// A pipe has no offsets: its bytes go out with write() in the order they come.
-StagedWriter::StagedWriter(int fd)
-    : fd_(fd), seekable_(lseek(fd, 0, SEEK_CUR) >= 0), size_(0), used_(0), offset_(0),
-      failed_(false) {}
-
 unsigned char* StagedWriter::next(std::size_t size) {
-    return at(offset_ + used_, size);
-}
-
-unsigned char* StagedWriter::at(std::uint64_t offset, std::size_t size) {
     if (failed_)
         return nullptr;
-    bool adjacent = offset == offset_ + used_;
-    if (!adjacent || used_ + size > size_) {
+    if (used_ + size > size_) {
         if (!flush())
             return nullptr;
-        offset_ = offset;
         // Taken at the first byte and never cleared, so a save that writes nothing costs nothing.
         if (size > size_) {
             size_ = std::max(size, kStageSize);
@@ -41,13 +30,12 @@ bool StagedWriter::finish() {
     return !failed_ && flush();
 }
 
-// Loops over short writes, as fwrite does; any error fails the save.
+// Loops over short writes, as fwrite does; any error fails the save. The bytes go out in order
+// from the start, so write() serves files, devices and pipes alike.
 bool StagedWriter::flush() {
     const unsigned char* data = stage_.get();
-    std::size_t left = used_;
-    while (left > 0) {
-        auto at = static_cast<off_t>(offset_ + (used_ - left));
-        ssize_t n = seekable_ ? pwrite(fd_, data, left, at) : write(fd_, data, left);
+    for (std::size_t left = used_; left > 0;) {
+        ssize_t n = write(fd_, data, left);
         if (n <= 0) {
             failed_ = true;
             return false;
@@ -55,7 +43,6 @@ bool StagedWriter::flush() {
         data += n;
         left -= static_cast<std::size_t>(n);
     }
-    offset_ += used_;
     used_ = 0;
     return true;
 }
