@@ -109,4 +109,15 @@ TEST_F(SaveJournalTest, OnlyAWholeJournalIsCarriedOut) {
     }
 }
 
+// A new file a crash left without its journal is seen as something to clean, and cleaned.
+TEST_F(SaveJournalTest, ANewFileAloneIsLeftOverAndRemoved) {
+    for (const char* name : {".pindle_todo.db.new", ".cat.db.new"}) {
+        writeFile(name, "half");
+        EXPECT_TRUE(SaveJournal::leftOver()) << name;
+        SaveJournal::recover();
+        EXPECT_EQ(leftInFolder(), std::vector<std::string>{}) << name;
+        EXPECT_FALSE(SaveJournal::leftOver());
+    }
+}
+
 } // namespace
