@@ -9,9 +9,9 @@
 #include <chrono>
 #include <csignal>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <functional>
-#include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -278,7 +278,12 @@ TEST_F(SharedFolder, ClaimsRefuseASecondCopyOfTheirOwnRoleOnly) {
     using Role = FolderClaim::Role;
     using State = FolderClaim::State;
     Holder window = holdInChild([] { static FolderClaim claim(".", Role::Window); });
+    auto openFiles = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    };
+    const auto before = openFiles();
     EXPECT_EQ(FolderClaim(".", Role::Window).state(), State::Busy);
+    EXPECT_EQ(openFiles(), before) << "a refused claim keeps its descriptor";
     {
         FolderClaim sync(".", Role::Sync);
         EXPECT_EQ(sync.state(), State::Held);
