@@ -85,12 +85,21 @@ TEST_F(StoreFile, CategoriesLoadWholeRecordsWithTheirNamesEndedInside) {
     }
 }
 
-TEST_F(StoreFile, FindIsExactAndPrefersTheEarliest) {
-    writeFile("cat.db", categoryFile({"Home", "Work", "Home", ""}));
+// A record is found by its content: by name the earliest, like a copy the nearest to where the
+// copy was taken, the earlier of two as near; -1: none.
+TEST_F(StoreFile, FindIsExactAndPrefersTheEarliestOrTheNearest) {
+    writeFile("cat.db", categoryFile({"Home", "Work", "Home", "", "Errands"}));
     Categories store;
     EXPECT_EQ(store.find("Home"), store.at(0));
     EXPECT_EQ(store.find(""), store.at(3));
     EXPECT_EQ(store.find("home") || store.find("Hom") || store.find("Home "), false);
+    const std::tuple<const char*, int, int> likes[] = {
+        {"Errands", 3, 4}, {"Home", 1, 0}, {"Home", 2, 2}, {"Work", 9, 1}, {"Gone", 0, -1}};
+    for (auto [name, near, found] : likes) {
+        CategoryRecord like;
+        like.setName(name);
+        EXPECT_EQ(store.findLike(like, near), found < 0 ? nullptr : store.at(found)) << name;
+    }
 }
 
 using StoreFileDeath = StoreFile;
