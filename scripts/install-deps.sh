@@ -6,9 +6,9 @@
 #                 nlohmann-json, libsecret, toml++)
 #   --tests: the companions' libraries and what the test suites run (GoogleTest, Xvfb and
 #            xdotool, xclip, Python, validators, the Radicale and Xandikos CalDAV servers, openssl
-#            for a server's own certificate, the caldav client, e2fsprogs for a small file system
-#            to fill, a D-Bus session with gnome-keyring and secret-tool, systemd-analyze for the
-#            units)
+#            for a server's own certificate, the caldav client, strace for the calls a save
+#            makes, e2fsprogs for a small file system to fill, a D-Bus session with gnome-keyring
+#            and secret-tool, systemd-analyze for the units)
 #   PACKAGE...: anything more a script of its own needs (clang for fuzzing, ...)
 set -euo pipefail
 
@@ -17,7 +17,7 @@ companions=(pkg-config libcurl4-openssl-dev libical-dev libpugixml-dev nlohmann-
             libsecret-1-dev libtomlplusplus-dev)
 tests=(libgtest-dev libgmock-dev xvfb xauth xdotool x11-apps x11-utils imagemagick
        desktop-file-utils appstream man-db groff-base librsvg2-bin
-       python3 python3-icalendar radicale xandikos openssl python3-caldav e2fsprogs xclip
+       python3 python3-icalendar radicale xandikos openssl python3-caldav e2fsprogs xclip strace
        dbus gnome-keyring libsecret-tools systemd)
 while [ $# -gt 0 ]; do
   case $1 in

@@ -1,5 +1,5 @@
 """Crash states of every kind of save: each change is made once with its file system calls
-recorded (a preloaded shim), then every state a crash could leave is built from the recording and
+traced by strace, then every state a crash could leave is built from the trace and
 opened with the project's own loader, recovery included; each must show the list as it was
 before the change or as it is after it, never anything else.
 
@@ -9,13 +9,13 @@ at that sync (zeros past its end). Creations, truncations, renames and removals 
 States are taken just before each sync or metadata call and at the end; where more than 10 pages
 are pending, none, all and a fixed number of subsets drawn with a fixed seed.
 
-usage: crash_states.py CRASH_DRIVER PRELOAD [--only CHANGE]
-PRELOAD is the shim librecord_io.so as LD_PRELOAD takes it (after a sanitizer's runtime, which
-must come first). Prints changes by states (old, new, other); exits 1 if any state is other."""
+usage: crash_states.py CRASH_DRIVER [--only CHANGE]
+Prints changes by states (old, new, other); exits 1 if any state is other."""
 
 import argparse
 import os
 import random
+import re
 import shutil
 import subprocess
 import sys
@@ -56,24 +56,28 @@ class File:
 
 
 class Folder:
-    """The folder as the recorded calls leave it: names to files, and the files each name was
-    opened as (a descriptor keeps its file through a rename)."""
+    """The folder as the traced calls leave it: names to files, and descriptors to the files they
+    were opened as (a descriptor keeps its file through a rename)."""
 
     def __init__(self, snapshot):
         self.names = {name: File(data) for name, data in snapshot.items()}
-        self.opened = dict(self.names)
+        self.opened = {}
 
     def apply(self, op):
         kind, args = op[0], op[1:]
         if kind == "open":
-            if args[0] not in self.names:
-                self.names[args[0]] = File()
-            self.opened[args[0]] = self.names[args[0]]
+            fd, name = args
+            if name != "." and name not in self.names:
+                self.names[name] = File()
+            self.opened[fd] = self.names.get(name)
         elif kind == "write":
-            self.opened[args[0]].write(int(args[1]), bytes.fromhex(args[2]))
+            self.opened[args[0]].write(args[1], args[2])
+        elif kind == "copy":
+            source, at, fd, offset, size = args
+            self.opened[fd].write(offset, bytes(self.opened[source].current[at:at + size]))
         elif kind == "truncate":
-            self.opened[args[0]].truncate(int(args[1]))
-        elif kind == "sync":
+            self.opened[args[0]].truncate(args[1])
+        elif kind == "sync" and self.opened[args[0]] is not None:  # not the folder's own
             self.opened[args[0]].sync()
         elif kind == "rename":
             self.names[args[1]] = self.names.pop(args[0])
@@ -92,6 +96,60 @@ class Folder:
         for chosen in choices:
             yield {name: f.crashed({page for n, page in chosen if n == name})
                    for name, f in self.names.items()}
+
+
+TRACED = "openat,close,write,pwrite64,copy_file_range,ftruncate,fsync,fdatasync,rename,unlink"
+SUCCEEDED = re.compile(r"^(\w+)\((.*)\)\s+= (\d+)")
+
+
+def text(arg):
+    """A string argument as strace -xx shows it: every byte in hex."""
+    return bytes.fromhex(arg.strip('"').replace("\\x", ""))
+
+
+def trace(driver, change, folder, log):
+    """The calls on the folder's files one change makes, as the model's operations. Names
+    without a slash are in the folder, the driver's current directory; other files are ignored.
+    strace -xx writes every string in hex, so ", " only ever separates arguments."""
+    env = dict(os.environ, ASAN_OPTIONS="detect_leaks=0")  # LeakSanitizer refuses ptrace
+    subprocess.run(["strace", "-o", log, "-xx", "-s", "1000000000", "-e", "signal=none",
+                    "-e", f"trace={TRACED}", driver, "act", change],
+                   cwd=folder, env=env, check=True)
+    ops, names, position = [], {}, {}
+    with open(log) as f:
+        calls = [m.groups() for m in map(SUCCEEDED.match, f) if m]
+    for call, args, result in calls:
+        a, result = args.split(", "), int(result)
+        if call in ("rename", "unlink"):
+            paths = [text(p).decode() for p in a]
+            if not any("/" in p for p in paths):
+                ops.append((call, *paths))
+            continue
+        if call == "openat":
+            name = text(a[1]).decode()
+            names.pop(result, None)
+            if "/" not in name:
+                names[result], position[result] = name, 0
+                ops.append(("open", result, name))
+                if "O_TRUNC" in a[2]:
+                    ops.append(("truncate", result, 0))
+            continue
+        fd = int(a[2] if call == "copy_file_range" else a[0])
+        if call == "close" or fd not in names:
+            names.pop(fd, None)  # a descriptor the folder does not own
+        elif call in ("write", "pwrite64"):
+            at = int(a[3]) if call == "pwrite64" else position[fd]
+            ops.append(("write", fd, at, text(a[1])[:result]))
+            if call == "write":
+                position[fd] = at + result
+        elif call == "copy_file_range":
+            source_at, at = (int(re.match(r"\[(\d+)", x).group(1)) for x in (a[1], a[3]))
+            ops.append(("copy", int(a[0]), source_at, fd, at, result))
+        elif call == "ftruncate":
+            ops.append(("truncate", fd, int(a[1])))
+        else:
+            ops.append(("sync", fd))
+    return ops
 
 
 def snapshot(folder):
@@ -113,7 +171,7 @@ def show(driver, folders):
     return shown
 
 
-def crash_states(driver, preload, change, size):
+def crash_states(driver, change, size):
     """(old, new, other) counts for one change at one size, and the distinct states tried."""
     work = tempfile.mkdtemp(prefix="pindle_crash_")
     try:
@@ -122,19 +180,15 @@ def crash_states(driver, preload, change, size):
         subprocess.run([driver, "prepare", str(size)], cwd=folder, check=True)
         before = snapshot(folder)
         old, = show(driver, [folder])
-        log = os.path.join(work, "log")
-        env = dict(os.environ, LD_PRELOAD=preload, PINDLE_RECORD_LOG=log)
-        subprocess.run([driver, "act", change], cwd=folder, env=env, check=True)
+        ops = trace(driver, change, folder, os.path.join(work, "trace"))
         after = snapshot(folder)
         new, = show(driver, [folder])
-        with open(log) as f:
-            ops = [line.split() for line in f]
         model = Folder(before)
         rng = random.Random(f"{change}/{size}")
         seen, states = set(), []
         for i in range(len(ops) + 1):
             # Points just before each sync and metadata call hold every state between them.
-            if i in (0, len(ops)) or ops[i][0] not in ("write", "open"):
+            if i in (0, len(ops)) or ops[i][0] not in ("write", "copy", "open"):
                 for state in model.states(rng):
                     key = tuple(sorted(state.items()))
                     if key not in seen:
@@ -142,9 +196,9 @@ def crash_states(driver, preload, change, size):
                         states.append(state)
             if i < len(ops):
                 model.apply(ops[i])
-        # A call the recording missed would leave the model short of what the change did.
+        # A call the trace missed would leave the model short of what the change did.
         if {name: bytes(f.current) for name, f in model.names.items()} != after:
-            raise RuntimeError(f"{change}: the recorded calls do not make the folder it left")
+            raise RuntimeError(f"{change}: the traced calls do not make the folder it left")
         counts = [0, 0, 0]
         for start in range(0, len(states), 64):
             folders = []
@@ -166,7 +220,6 @@ def crash_states(driver, preload, change, size):
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("driver")
-    parser.add_argument("preload")
     parser.add_argument("--only")
     args = parser.parse_args()
     changes = subprocess.run([args.driver, "changes"], stdout=subprocess.PIPE, text=True,
@@ -177,7 +230,7 @@ def main():
     bad = 0
     for change in changes:
         for size in SIZES:
-            (old, new, other), calls = crash_states(args.driver, args.preload, change, size)
+            (old, new, other), calls = crash_states(args.driver, change, size)
             print(f"{change:30} {size:>4} {calls:>6} {old:>5} {new:>5} {other:>5}", flush=True)
             bad += other
     return 1 if bad else 0
