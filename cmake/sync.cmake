@@ -42,6 +42,7 @@ if(PINDLE_BUILD_TESTS)
     tests/sync/local_matcher_test.cxx
     tests/sync/dav_client_test.cxx
     tests/sync/dav_xml_test.cxx
+    tests/sync/private_file_test.cxx
     tests/sync/task_writer_test.cxx)
   target_include_directories(sync_tests PRIVATE tests)
   target_link_libraries(sync_tests PRIVATE pindle_sync_core GTest::gtest_main)
