@@ -263,14 +263,23 @@ class Window:
 
     def __init__(self, folder):
         ready, write_end = os.pipe()
+        # -noreset: the check below is a client too, and a reset when it leaves refuses the next.
         self.server = subprocess.Popen(["Xvfb", "-displayfd", str(write_end), "-screen", "0",
-                                        "800x600x24", "-nolisten", "tcp"],
+                                        "800x600x24", "-nolisten", "tcp", "-noreset"],
                                        pass_fds=(write_end,), stdout=subprocess.DEVNULL,
                                        stderr=subprocess.DEVNULL)
         os.close(write_end)
         self.env = {k: v for k, v in os.environ.items() if k != "XAUTHORITY"}
         with os.fdopen(ready) as f:
             self.env["DISPLAY"] = ":" + f.readline().strip()
+        # Once in a full run on a new machine the program could not open the display it was
+        # given: it starts only once the display answers.
+        deadline = time.monotonic() + 30
+        while subprocess.run(["xdpyinfo"], env=self.env, stdout=subprocess.DEVNULL,
+                             stderr=subprocess.DEVNULL).returncode != 0:
+            if time.monotonic() > deadline:
+                raise RuntimeError(f"the display {self.env['DISPLAY']} does not answer")
+            time.sleep(0.1)
         self.process = subprocess.Popen([WINDOW_PROGRAM], cwd=folder.path, env=self.env,
                                         stderr=subprocess.PIPE)
         try:
