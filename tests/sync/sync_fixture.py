@@ -272,8 +272,8 @@ class Window:
         self.env = {k: v for k, v in os.environ.items() if k != "XAUTHORITY"}
         with os.fdopen(ready) as f:
             self.env["DISPLAY"] = ":" + f.readline().strip()
-        # Once in a full run on a new machine the program could not open the display it was
-        # given: it starts only once the display answers.
+        # The program starts only once the display answers, so that a display not taking
+        # clients shows as such, never as the program failing to open it.
         deadline = time.monotonic() + 30
         while subprocess.run(["xdpyinfo"], env=self.env, stdout=subprocess.DEVNULL,
                              stderr=subprocess.DEVNULL).returncode != 0:
