@@ -13,6 +13,8 @@
 
 namespace {
 
+const char* const kCalendarType = "Content-Type: text/calendar; charset=utf-8";
+
 std::string quoted(const TodoRecord& record) {
     return "\"" +
            Utf8Text::fit(std::string(record.description, strnlen(record.description, 50)), 50) +
@@ -255,17 +257,18 @@ void SyncSession::sendAll() {
     }
 }
 
-bool SyncSession::put(const std::string& path, const std::string& body,
-                      const std::string& condition, HttpReply& reply) {
+// Once one write cannot reach the server, the rest are not tried: each would wait out the
+// same failure, and all are left for the next sync.
+bool SyncSession::write(const char* method, const std::string& path, const std::string& body,
+                        const std::vector<std::string>& headers, HttpReply& reply) {
+    if (offline_)
+        return false;
     std::string error;
-    bool sent = !offline_ && client_.send("PUT", path, body,
-                                          {"Content-Type: text/calendar; charset=utf-8", condition},
-                                          reply, error);
-    if (!sent && !offline_) {
-        offline_ = true;
-        firstFailure_ = "cannot reach the server: " + error;
-    }
-    return sent;
+    if (client_.send(method, path, body, headers, reply, error))
+        return true;
+    offline_ = true;
+    firstFailure_ = "cannot reach the server: " + error;
+    return false;
 }
 
 bool SyncSession::accepted(const char* what, bool sent, const HttpReply& reply) {
@@ -290,7 +293,7 @@ void SyncSession::sendNew(TodoRecord* record) {
     std::string path = client_.collectionPath() + uid + ".ics";
     std::string body = TaskWriter::build(*record, uid, "", std::time(nullptr));
     HttpReply reply;
-    bool sent = put(path, body, "If-None-Match: *", reply);
+    bool sent = write("PUT", path, body, {kCalendarType, "If-None-Match: *"}, reply);
     if (!accepted("a new task", sent, reply))
         return;
     ServerTodo echo;
@@ -307,7 +310,7 @@ void SyncSession::sendChanged(const Upload& upload) {
     std::string body =
         TaskWriter::build(*upload.record, entry.uid, upload.serverIcs, std::time(nullptr));
     HttpReply reply;
-    bool sent = put(entry.path, body, "If-Match: " + entry.etag, reply);
+    bool sent = write("PUT", entry.path, body, {kCalendarType, "If-Match: " + entry.etag}, reply);
     if (!accepted("a changed task", sent, reply))
         return;
     ServerTodo echo;
@@ -323,13 +326,7 @@ void SyncSession::sendDelete(const SyncEntry& entry) {
     if (dryRun_)
         return;
     HttpReply reply;
-    std::string error;
-    bool sent = !offline_ &&
-                client_.send("DELETE", entry.path, "", {"If-Match: " + entry.etag}, reply, error);
-    if (!sent && !offline_) {
-        offline_ = true;
-        firstFailure_ = "cannot reach the server: " + error;
-    }
+    bool sent = write("DELETE", entry.path, "", {"If-Match: " + entry.etag}, reply);
     // Already gone is as good as deleted.
     if (sent && reply.status == 404) {
         progress_.step();

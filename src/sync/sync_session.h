@@ -82,8 +82,8 @@ private:
     void sendNew(TodoRecord* record);
     void sendChanged(const Upload& upload);
     void sendDelete(const SyncEntry& entry);
-    bool put(const std::string& path, const std::string& body, const std::string& condition,
-             HttpReply& reply);
+    bool write(const char* method, const std::string& path, const std::string& body,
+               const std::vector<std::string>& headers, HttpReply& reply);
     bool accepted(const char* what, bool sent, const HttpReply& reply);
     void catchUpToken();
     void note(const std::string& line);

@@ -28,8 +28,9 @@ class Hostile(http.server.BaseHTTPRequestHandler):
     propfind_status = 207
     tokenless_from_t1 = False  # a sync-collection from token t1 answered without a token
     forgot_t1 = False  # a sync-collection from token t1 refused as from a forgotten token
-    put_status = 201
+    put_status = 201  # None: the connection closed with no reply
     put_seconds = 0
+    puts = 0
     requests = 0
 
     def do_REPORT(self):
@@ -49,6 +50,10 @@ class Hostile(http.server.BaseHTTPRequestHandler):
 
     def do_PUT(self):
         self.rfile.read(int(self.headers.get("Content-Length", 0)))
+        type(self).puts += 1
+        if type(self).put_status is None:
+            self.close_connection = True
+            return
         time.sleep(type(self).put_seconds)
         self.answer(type(self).put_status, b"", [("ETag", '"new"')])
 
@@ -185,16 +190,26 @@ class HostileReplies(unittest.TestCase):
                         self.assertIsNone(json.load(f)["sync_token"])
 
     def test_refused_writes_are_reported_and_left_for_the_next_sync(self):
-        for status, reason in ((412, b"kept changing"), (300, b"answered 300"),
-                               (500, b"answered 500")):
+        # A write refused as raced is tried once more, after the task is read again.
+        for status, reason, writes in ((412, b"kept changing", 2), (300, b"answered 300", 1),
+                                       (500, b"answered 500", 1)):
             with self.subTest(status=status):
                 self.serve(put_status=status)
                 result = self.sync(multistatus(), [NEW])
                 self.assertEqual(result.returncode, 1)
                 self.assertIn(reason, result.stderr)
+                self.assertTrue(result.stdout.endswith(b" %d writes\n" % writes), result.stdout)
                 self.assertEqual(self.folder.todos(), [NEW])
                 with open(os.path.join(self.folder.path, ".pindle_sync.json")) as f:
                     self.assertEqual(json.load(f)["todos"], [])
+
+    def test_writes_stop_at_the_first_that_cannot_reach_the_server(self):
+        """Each write after it would wait out the same failure: none is tried, all are left."""
+        self.serve(put_status=None, puts=0)
+        result = self.sync(multistatus(), [NEW._replace(day=d) for d in (1, 2, 3)])
+        self.assertEqual((result.returncode, Hostile.puts), (1, 1), result.stderr)
+        self.assertRegex(result.stderr.decode(), r"^pindle_sync: 3 changes not sent \(cannot "
+                         r"reach the server: .+\); run the sync again\n$")
 
     def test_a_failed_listing_after_the_writes_keeps_the_token(self):
         """The listing that would show the sync's own writes fails (no token, then a PROPFIND
