@@ -181,10 +181,11 @@ std::string write(icalcomponent* component) {
         return {};
     std::string ics = text.get();
     std::string out;
-    for (std::size_t at = 0, end = 0; at < ics.size(); at = end) {
-        end = lineEnd(ics, at);
+    for (std::size_t at = 0; at < ics.size();) {
+        std::size_t end = lineEnd(ics, at);
         std::string line = ics.substr(at, end - at);
         out += kindOf(line) == ICAL_CATEGORIES_PROPERTY ? escapedCategory(line) : line;
+        at = end;
     }
     return out;
 }

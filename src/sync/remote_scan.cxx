@@ -82,7 +82,6 @@ bool RemoteScan::listEtags(std::string& error) {
         return false;
     complete_ = true;
     tokenless_ = true;
-    newToken_.clear();
     for (const DavResource& resource : listing.resources)
         take(resource);
     return true;
