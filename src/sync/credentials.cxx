@@ -49,7 +49,10 @@ bool Credentials::gather(const std::string& url, const std::string& user, const 
         if (!readPrivateFile(source.substr(5), out.password, error))
             return false;
         out.password.resize(std::min(out.password.find_first_of("\r\n"), out.password.size()));
-        return true;
+        // An empty file is more likely a mistake than a password the server would take.
+        if (out.password.empty())
+            error = "password file " + source.substr(5) + " holds no password on its first line";
+        return error.empty();
     }
     if (source == "keyring")
         return Keyring::lookup(url, user, out.password, error);

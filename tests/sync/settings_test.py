@@ -96,8 +96,10 @@ class Settings(unittest.TestCase):
                          ["From the phone", "Other"])
 
     def test_a_set_up_that_fails_writes_nothing(self):
-        good = os.path.join(self.home, "password")
+        good, empty, short = (os.path.join(self.home, n) for n in ("password", "empty", "x"))
         fx.private_file(good, fx.PASSWORD + "\n")
+        fx.private_file(empty, "")
+        fx.private_file(short, "x")  # one letter, sent as it is, and refused
         with open(os.path.join(self.home, ".config"), "w"):
             pass  # a file where the settings' folder should go
         for url, extra, password, reason in (
@@ -105,6 +107,9 @@ class Settings(unittest.TestCase):
                 (self.url + "nowhere/", [], fx.PASSWORD, "no collection at that URL"),
                 (self.url, ["--password-file", "/no/such/file"], None,
                  "cannot read password file"),
+                (self.url, ["--password-file", empty], None,
+                 f"password file {empty} holds no password on its first line"),
+                (self.url, ["--password-file", short], None, "(401)"),
                 (self.url, ["--password-file", good], None,
                  "cannot make folder %s/.config/pindle_sync: Not a directory" % self.home)):
             with self.subTest(reason=reason):
