@@ -5,6 +5,7 @@ Usage: servers_test.py PINDLE_SYNC [PINDLE_TODO] [Radicale|RadicaleOverHttps|Xan
 import datetime
 import fcntl
 import os
+import shutil
 import time
 import unittest
 
@@ -246,6 +247,16 @@ class RadicaleOverHttps(SyncCases, unittest.TestCase):
                          r"server's certificate is not trusted \(.*\); .* --ca-file FILE .*\n$")
         self.assertEqual(folder.snapshot(), before)
         self.assertEqual(self.server.requests_since(offset), [])
+
+    def test_the_settings_name_the_certificate_from_the_home_folder(self):
+        folder = self.folder([todo(b"A")])
+        home = folder.dir.name
+        os.mkdir(os.path.join(home, "pindle_sync"))
+        shutil.copy(self.server.certificate, os.path.join(home, "server.pem"))
+        fx.private_file(os.path.join(home, "pindle_sync", "config"), 'ca_file = "~/server.pem"\n')
+        result = folder.sync(self.url, env=dict(os.environ, HOME=home, XDG_CONFIG_HOME=home))
+        self.assertEqual(result.returncode, 0, result.stderr.decode())
+        self.assertEqual(list(by_summary(self.device)), ["A"])
 
 
 class Xandikos(SyncCases, unittest.TestCase):

@@ -245,9 +245,9 @@ class Folder:
                 out[name] = f.read()
         return out
 
-    def sync(self, url, *extra):
+    def sync(self, url, *extra, env=None):
         return subprocess.run([PROGRAM, "--dir", self.path, "--url", url, "--user", USER,
-                               "--password-file", self.password_file, *extra],
+                               "--password-file", self.password_file, *extra], env=env,
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=300)
 
     def close(self):
