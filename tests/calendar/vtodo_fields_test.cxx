@@ -12,17 +12,6 @@
 
 namespace {
 
-std::unique_ptr<TodoRecord> makeTodo(int month, int day, int year, int priority, int completed,
-                                     const char* category, const char* description,
-                                     const char* notes) {
-    auto r = std::make_unique<TodoRecord>();
-    std::string bytes =
-        todoBytes({month, day, year, priority, static_cast<unsigned char>(completed), category,
-                   description, notes});
-    r->decode(reinterpret_cast<const unsigned char*>(bytes.data()));
-    return r;
-}
-
 // The fixture files hold dates that are no dates; these are the limits of the four-digit year.
 TEST(TodoView, WritesOnlyRealCalendarDatesWithFourDigitYears) {
     const std::pair<CalDate, const char*> cases[] = {
@@ -31,7 +20,7 @@ TEST(TodoView, WritesOnlyRealCalendarDatesWithFourDigitYears) {
         {{4, 31, 2005}, ""},       {{-1, -1, -1}, ""},
         {{1, 0, 2030}, ""},        {{2, 29, 2028}, "2028-02-29"}};
     for (const auto& [date, iso] : cases) {
-        auto r = makeTodo(date.month, date.day, date.year, 0, 0, "", "", "");
+        auto r = todoRecord({date.month, date.day, date.year, 0, 0, "", "", ""});
         EXPECT_EQ(TodoView(*r).isoDate(), iso) << date.year;
         EXPECT_EQ(TodoView(*r).hasDate(), *iso != '\0');
     }
@@ -60,7 +49,7 @@ TEST(VtodoFields, SetsFieldsOverWhatAVtodoHad) {
         "DUE:20200101T100000Z\r\nSTATUS:COMPLETED\r\nCOMPLETED:20200102T100000Z\r\n"
         "PERCENT-COMPLETE:100\r\nCATEGORIES:A,B\r\nDTSTART:20191201T100000Z\r\nEND:VTODO\r\n");
     ASSERT_NE(vtodo, nullptr);
-    auto r = makeTodo(2, 30, 2005, 11, 0, "Home", "new", "");
+    auto r = todoRecord({2, 30, 2005, 11, 0, "Home", "new", ""});
     VtodoFields::set(vtodo, TodoView(*r));
     const std::pair<icalproperty_kind, const char*> expected[] = {
         {ICAL_UID_PROPERTY, "u1"},          {ICAL_SUMMARY_PROPERTY, "new"},
@@ -73,7 +62,7 @@ TEST(VtodoFields, SetsFieldsOverWhatAVtodoHad) {
         EXPECT_EQ(property(vtodo, kind), value) << icalproperty_kind_to_string(kind);
     EXPECT_EQ(icalcomponent_count_properties(vtodo, ICAL_CATEGORIES_PROPERTY), 2);
     // A to-do without a category takes away the one it had set, not the server's others.
-    auto bare = makeTodo(2, 28, 2005, 0, 0, "", "new", "");
+    auto bare = todoRecord({2, 28, 2005, 0, 0, "", "new", ""});
     VtodoFields::set(vtodo, TodoView(*bare));
     EXPECT_EQ(property(vtodo, ICAL_CATEGORIES_PROPERTY), "B");
     EXPECT_EQ(icalcomponent_count_properties(vtodo, ICAL_CATEGORIES_PROPERTY), 1);

@@ -13,17 +13,6 @@
 
 namespace {
 
-std::unique_ptr<TodoRecord> makeTodo(int month, int day, int year, int priority, int completed,
-                                     const char* category, const char* description,
-                                     const char* notes) {
-    auto r = std::make_unique<TodoRecord>();
-    std::string bytes =
-        todoBytes({month, day, year, priority, static_cast<unsigned char>(completed), category,
-                   description, notes});
-    r->decode(reinterpret_cast<const unsigned char*>(bytes.data()));
-    return r;
-}
-
 // The fixture files have cells starting with "=", "+" and "-"; these are the other guards.
 TEST(CsvWriter, GuardsCellsThatSpreadsheetsWouldRun) {
     const std::pair<const char*, const char*> cases[] = {
@@ -33,20 +22,20 @@ TEST(CsvWriter, GuardsCellsThatSpreadsheetsWouldRun) {
 }
 
 TEST(IcsWriter, HashChangesWithPositionAndEveryField) {
-    auto base = makeTodo(12, 31, 2005, 3, 0, "Work", "Task", "Notes");
+    auto base = todoRecord({12, 31, 2005, 3, 0, "Work", "Task", "Notes"});
     const std::uint64_t hash = IcsWriter::recordHash(0, *base);
-    EXPECT_EQ(IcsWriter::recordHash(0, *makeTodo(12, 31, 2005, 3, 0, "Work", "Task", "Notes")),
+    EXPECT_EQ(IcsWriter::recordHash(0, *todoRecord({12, 31, 2005, 3, 0, "Work", "Task", "Notes"})),
               hash);
     EXPECT_NE(IcsWriter::recordHash(1, *base), hash);
     std::unique_ptr<TodoRecord> variants[] = {
-        makeTodo(11, 31, 2005, 3, 0, "Work", "Task", "Notes"),
-        makeTodo(12, 30, 2005, 3, 0, "Work", "Task", "Notes"),
-        makeTodo(12, 31, 2006, 3, 0, "Work", "Task", "Notes"),
-        makeTodo(12, 31, 2005, 4, 0, "Work", "Task", "Notes"),
-        makeTodo(12, 31, 2005, 3, 1, "Work", "Task", "Notes"),
-        makeTodo(12, 31, 2005, 3, 0, "Home", "Task", "Notes"),
-        makeTodo(12, 31, 2005, 3, 0, "WorkT", "ask", "Notes"),
-        makeTodo(12, 31, 2005, 3, 0, "Work", "Task", "Notes!"),
+        todoRecord({11, 31, 2005, 3, 0, "Work", "Task", "Notes"}),
+        todoRecord({12, 30, 2005, 3, 0, "Work", "Task", "Notes"}),
+        todoRecord({12, 31, 2006, 3, 0, "Work", "Task", "Notes"}),
+        todoRecord({12, 31, 2005, 4, 0, "Work", "Task", "Notes"}),
+        todoRecord({12, 31, 2005, 3, 1, "Work", "Task", "Notes"}),
+        todoRecord({12, 31, 2005, 3, 0, "Home", "Task", "Notes"}),
+        todoRecord({12, 31, 2005, 3, 0, "WorkT", "ask", "Notes"}),
+        todoRecord({12, 31, 2005, 3, 0, "Work", "Task", "Notes!"}),
     };
     for (const auto& v : variants)
         EXPECT_NE(IcsWriter::recordHash(0, *v), hash);

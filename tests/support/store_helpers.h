@@ -1,11 +1,14 @@
 // The data files' record layout for the C++ tests and fuzzers, built from the documented format
-// rather than the program's code, a store that frees its records when a test ends, and whole
-// files read as bytes.
+// rather than the program's code, a to-do decoded from it, a store that frees its records when a
+// test ends, and whole files read as bytes.
 #ifndef PINDLE_TEST_STORE_HELPERS_H
 #define PINDLE_TEST_STORE_HELPERS_H
 
+#include "todo_store.h"
+
 #include <cstdint>
 #include <fstream>
+#include <memory>
 #include <string>
 #include <sys/stat.h>
 #include <vector>
@@ -49,6 +52,14 @@ inline std::string todoBytes(const TodoFields& f, bool last = true) {
     r += static_cast<char>(f.completed);
     r += field(f.category, 50) + field(f.description, 50) + field(f.notes, 32000);
     return r + std::string(3, '\0') + beInt(last ? 0 : 1);
+}
+
+// The to-do those bytes load as.
+inline std::unique_ptr<TodoRecord> todoRecord(const TodoFields& f) {
+    auto r = std::make_unique<TodoRecord>();
+    std::string bytes = todoBytes(f);
+    r->decode(reinterpret_cast<const unsigned char*>(bytes.data()));
+    return r;
 }
 
 inline std::string categoryBytes(const std::string& name, bool last = true) {

@@ -21,9 +21,7 @@ std::string property(icalcomponent* vtodo, icalproperty_kind kind) {
 }
 
 TEST(TaskWriter, BuildsANewTaskOrPutsTheFieldsOnTheServersCopy) {
-    TodoRecord record;
-    std::string bytes = todoBytes({3, 1, 2030, 2, 1, "Work", "Ship it", "line 1\nline 2"});
-    record.decode(reinterpret_cast<const unsigned char*>(bytes.data()));
+    auto record = todoRecord({3, 1, 2030, 2, 1, "Work", "Ship it", "line 1\nline 2"});
     const std::string server = "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//phone//EN\r\n"
                                "BEGIN:VTODO\r\nUID:theirs\r\nDTSTAMP:20200101T000000Z\r\n"
                                "SUMMARY:old\r\nX-KEPT:yes\r\nEND:VTODO\r\nEND:VCALENDAR\r\n";
@@ -40,7 +38,7 @@ TEST(TaskWriter, BuildsANewTaskOrPutsTheFieldsOnTheServersCopy) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         // 2030-03-01T12:00:00Z
-        std::string ics = TaskWriter::build(record, "mine", c.serverIcs, 1898596800);
+        std::string ics = TaskWriter::build(*record, "mine", c.serverIcs, 1898596800);
         Component calendar(icalparser_parse_string(ics.c_str()), &icalcomponent_free);
         ASSERT_TRUE(calendar);
         icalcomponent* vtodo =
