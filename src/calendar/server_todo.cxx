@@ -93,10 +93,10 @@ bool ServerTodo::parse(const std::string& ics, ServerTodo& out) {
     return true;
 }
 
-void ServerTodo::fill(TodoRecord& record, int todayMonth, int todayDay, int todayYear) const {
-    record.month = hasDue ? month : todayMonth;
-    record.day = hasDue ? day : todayDay;
-    record.year = hasDue ? year : todayYear;
+void ServerTodo::fill(TodoRecord& record, const CalDate& today) const {
+    record.month = hasDue ? month : today.month;
+    record.day = hasDue ? day : today.day;
+    record.year = hasDue ? year : today.year;
     record.priority = priority - 1;
     record.completed = completed ? 1 : 0;
     // In the order the entry dialog fills them: a 50-byte category or summary has its

@@ -4,6 +4,7 @@
 #ifndef PINDLE_SERVER_TODO_H
 #define PINDLE_SERVER_TODO_H
 
+#include "cal_date.h"
 #include "todo_store.h"
 
 #include <cstddef>
@@ -30,7 +31,7 @@ struct ServerTodo {
 
     // Writes the fields into `record`, whose other bytes it leaves alone; a task without a
     // due date gets `today`.
-    void fill(TodoRecord& record, int todayMonth, int todayDay, int todayYear) const;
+    void fill(TodoRecord& record, const CalDate& today) const;
 
     // Changes only when a mapped field changes; "no due date" is part of it, today's date is not.
     std::uint64_t digest() const;

@@ -37,7 +37,7 @@ bool SyncSession::scan(std::string& error) {
 }
 
 void SyncSession::settle() {
-    CalDate::today(today_[0], today_[1], today_[2]);
+    CalDate::today(today_.month, today_.day, today_.year);
     matchLocal();
     for (std::size_t i = 0; i < state_.entries.size(); i++)
         settleEntry(i);
@@ -150,7 +150,7 @@ void SyncSession::settleKept(SyncEntry entry, TodoRecord* record, Remote remote,
         takeDown(record, *task, entry, false);
     } else if (remote == Remote::Changed) {
         auto fromServer = std::make_unique<TodoRecord>(*record);
-        task->todo.fill(*fromServer, today_[0], today_[1], today_[2]);
+        task->todo.fill(*fromServer, today_);
         if (RecordDigest::of(*fromServer).whole == RecordDigest::of(*record).whole) {
             entry.etag = task->etag;
             entry.local = RecordDigest::of(*record);
@@ -192,7 +192,7 @@ void SyncSession::takeServerAdds() {
             continue;
         SyncEntry entry{task.todo.uid, path, task.etag, {}, task.todo.digest()};
         auto fromServer = std::make_unique<TodoRecord>();
-        task.todo.fill(*fromServer, today_[0], today_[1], today_[2]);
+        task.todo.fill(*fromServer, today_);
         auto twin = newHere.find(RecordDigest::of(*fromServer).whole);
         if (twin == newHere.end()) {
             takeDown(fromServer.release(), task, entry, true);
@@ -209,7 +209,7 @@ void SyncSession::takeServerAdds() {
 void SyncSession::takeDown(TodoRecord* record, const ServerTask& task, SyncEntry entry,
                            bool added) {
     note(std::string(added ? "down: new " : "down: changed ") + "\"" + task.todo.summary + "\"");
-    task.todo.fill(*record, today_[0], today_[1], today_[2]);
+    task.todo.fill(*record, today_);
     ensureCategory(task.todo.category.c_str());
     if (added) {
         record->next = nullptr;

@@ -13,6 +13,7 @@
 #ifndef PINDLE_SYNC_SESSION_H
 #define PINDLE_SYNC_SESSION_H
 
+#include "cal_date.h"
 #include "category_store.h"
 #include "dav_client.h"
 #include "progress.h"
@@ -98,7 +99,7 @@ private:
     RemoteScan scan_;
     std::string token_;
     bool tokenless_ = false;
-    int today_[3] = {0, 0, 0};
+    CalDate today_{};
 
     std::vector<TodoRecord*> records_; // the local list as found
     std::vector<int> entryRecord_;     // per state entry: its index in records_, or -1

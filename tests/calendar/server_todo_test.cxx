@@ -96,7 +96,7 @@ TEST(ServerTodo, DigestFollowsEveryMappedField) {
     ServerTodo undated;
     ASSERT_TRUE(ServerTodo::parse(calendar(base), undated));
     TodoRecord record;
-    undated.fill(record, 5, 6, 2031);
+    undated.fill(record, {5, 6, 2031});
     EXPECT_EQ(record.month * 100 + record.day, 506);
     EXPECT_EQ(record.year, 2031);
 }
