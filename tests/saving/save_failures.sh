@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
-# Saves that cannot be made: on a full file system (a small loop-mounted ext4) and to a file made
-# immutable (root ignores file modes). Each must say why on stderr, end with status 200 and
-# leave the list exactly as it was. On the full file system even an edit fails: its journal
-# needs room before the file is touched; the torn journal is thrown away at the next opening.
-# Once there is room again, the edit saves.
+# Saves that cannot be made: on a full file system (a small loop-mounted ext4), to a file made
+# immutable (root ignores file modes), and over a file whose replacement the kernel refuses (a
+# mount point). Each must say why on stderr, end with status 200 and leave the list exactly as it
+# was. On the full file system even an edit fails: its journal needs room before the file is
+# touched; the torn journal is thrown away at the next opening. Once there is room again, the
+# edit saves.
 # usage: save_failures.sh CRASH_DRIVER. Needs root and a free loop device; skips (77) without.
 set -euo pipefail
 driver=$1
@@ -11,7 +12,8 @@ driver=$1
 losetup -f >/dev/null 2>&1 || { echo "SKIP: no free loop device"; exit 77; }
 work=$(mktemp -d /tmp/pindle_fail_XXXXXX)
 mnt=$work/mnt
-trap 'set +e; cd /; chattr -i "$mnt/pindle_todo.db" 2>/dev/null; umount "$mnt"; rm -rf "$work"' EXIT
+trap 'set +e; cd /; chattr -i "$mnt/pindle_todo.db" 2>/dev/null; umount "$work/room/pindle_todo.db" 2>/dev/null
+  umount "$mnt"; rm -rf "$work"' EXIT
 
 # The list before and after the edit, made where there is room.
 mkdir "$work/room"
@@ -47,3 +49,8 @@ expect edit 200 old "could not open file pindle_todo.db"
 chattr -i pindle_todo.db
 rm filler
 expect edit 0 edited
+# A file that is a mount point cannot be replaced: the rename after a whole rewrite is refused.
+# Out of the small file system, which has no room for a second copy of the file.
+cd "$work/room"
+mount --bind pindle_todo.db pindle_todo.db
+expect delete-first 200 edited "could not write records!"
