@@ -33,7 +33,7 @@ void checkTask(const std::string& ics) {
         return;
     // Filled in place, as a sync fills a to-do that changed on the server.
     static TodoRecord record;
-    todo.fill(record, 1, 1, 2030);
+    todo.fill(record, {1, 1, 2030});
     // A 50-byte category or description has its terminator in the next field, which that
     // field's own text then overwrites.
     requireText(record.category, 50);
