@@ -3,8 +3,8 @@
 # immutable (root ignores file modes), and over a file whose replacement the kernel refuses (a
 # mount point). Each must say why on stderr, end with status 200 and leave the list exactly as it
 # was. On the full file system even an edit fails: its journal needs room before the file is
-# touched; the torn journal is thrown away at the next opening. Once there is room again, the
-# edit saves.
+# touched; the torn journal is thrown away at the next opening. An append whose journal fits but
+# whose growth does not leaves its whole journal, finished once there is room again.
 # usage: save_failures.sh CRASH_DRIVER. Needs root and a free loop device; skips (77) without.
 set -euo pipefail
 driver=$1
@@ -15,10 +15,11 @@ mnt=$work/mnt
 trap 'set +e; cd /; chattr -i "$mnt/pindle_todo.db" 2>/dev/null; umount "$work/room/pindle_todo.db" 2>/dev/null
   umount "$mnt"; rm -rf "$work"' EXIT
 
-# The list before and after the edit, made where there is room.
+# The list before and after the edit, then an append, made where there is room.
 mkdir "$work/room"
 (cd "$work/room" && "$driver" prepare 200 && "$driver" show . >"$work/old" &&
-  "$driver" act edit && "$driver" show . >"$work/edited")
+  "$driver" act edit && "$driver" show . >"$work/edited" &&
+  "$driver" act append && "$driver" show . >"$work/appended")
 
 truncate -s 12M "$work/fs.img"
 mkfs.ext4 -q -F -m 0 "$work/fs.img"
@@ -26,6 +27,8 @@ mkdir "$mnt"
 mount -o loop "$work/fs.img" "$mnt"
 cd "$mnt"
 "$driver" prepare 200
+# Twelve blocks: room for an append's journal (eight), not for the file's growth besides.
+dd if=/dev/zero of=spare bs=4k count=12 2>/dev/null
 dd if=/dev/zero of=filler bs=4k 2>/dev/null || true
 sync
 
@@ -47,10 +50,20 @@ expect edit 200 old "could not write records!"
 chattr +i pindle_todo.db
 expect edit 200 old "could not open file pindle_todo.db"
 chattr -i pindle_todo.db
+# The journal written, copying the new record out of it fails: the journal, whole, stays, and
+# the first opening with room again finishes the append.
+rm spare
+status=0
+"$driver" act append 2>"$work/stderr" || status=$?
+if [ "$status" -ne 200 ] || [ ! -e .pindle_save.journal ]; then
+  echo "FAIL: append with room for its journal alone: status $status, $(ls -A | tr '\n' ' ')"
+  exit 1
+fi
+echo "ok: append with room for its journal alone: status 200, $(tail -n 1 "$work/stderr")"
 rm filler
-expect edit 0 edited
+expect edit 0 appended "finished the last save, which a crash had cut short"
 # A file that is a mount point cannot be replaced: the rename after a whole rewrite is refused.
 # Out of the small file system, which has no room for a second copy of the file.
 cd "$work/room"
 mount --bind pindle_todo.db pindle_todo.db
-expect delete-first 200 edited "could not write records!"
+expect delete-first 200 appended "could not write records!"
