@@ -236,13 +236,14 @@ class HostileReplies(unittest.TestCase):
         result = self.folder.sync(self.url)
         self.assertEqual([t.description for t in self.folder.todos()], [b"A"], result.stderr)
 
-    def test_progress_on_a_terminal(self):
-        """A sync of a few hundred writes shows how far it is on stderr when that is a
-        terminal, once it takes longer than a moment, and ends the line it redraws."""
-        self.serve(reply=multistatus(), put_seconds=0.004)
-        folder = fx.Folder([NEW._replace(description=b"New %d" % i) for i in range(300)])
+    def on_terminal(self, count, put_seconds):
+        """What a sync of `count` new to-dos shows on stderr when that is a terminal, and how
+        many seconds it took."""
+        self.serve(reply=multistatus(), put_seconds=put_seconds)
+        folder = fx.Folder([NEW._replace(description=b"New %d" % i) for i in range(count)])
         self.addCleanup(folder.close)
         controller, terminal = pty.openpty()
+        began = time.monotonic()
         process = subprocess.Popen([fx.PROGRAM, "--dir", folder.path, "--url", self.url,
                                     "--user", fx.USER, "--password-file", folder.password_file],
                                    stdout=subprocess.DEVNULL, stderr=terminal)
@@ -250,8 +251,16 @@ class HostileReplies(unittest.TestCase):
         shown = fx.read_terminal(controller)
         os.close(controller)
         self.assertEqual(process.wait(), 0)
+        return shown, time.monotonic() - began
+
+    def test_progress_on_a_terminal(self):
+        """Writes that take longer than a moment show how far they are, the line redrawn at
+        most ten times a second and ended at the last; a quick sync shows nothing."""
+        shown, seconds = self.on_terminal(300, 0.004)
         self.assertTrue(shown.endswith(b"pindle_sync: 300 of 300\r\n"), shown[-60:])
         self.assertTrue(shown.startswith(b"\rpindle_sync: "), shown[:40])
+        self.assertLessEqual(shown.count(b"\rpindle_sync: "), seconds * 10 + 2, shown)
+        self.assertEqual(self.on_terminal(1, 0)[0], b"")
 
     # A folder whose files cannot be written: refused before any request, or the state that
     # cannot be saved reported, with nothing half-written left behind.
