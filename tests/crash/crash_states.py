@@ -1,16 +1,20 @@
 """Crash states of every kind of save: each change is made once with its file system calls
 traced by strace, then every state a crash could leave is built from the trace and
 opened with the project's own loader, recovery included; each must show the list as it was
-before the change or as it is after it, never anything else.
+before the change or as it is after it, never anything else. Once the change is over, a power
+cut must leave it whole: every state it could leave then must show the list as it is after.
 
 The model of a crash, per file: what was written before the file's last sync is on the disk; of
 what was written since, any subset of the 4 KiB pages may be, the others holding what they held
 at that sync (zeros past its end). Creations, truncations, renames and removals happen in order.
 States are taken just before each sync or metadata call and at the end; where more than 10 pages
-are pending, none, all and a fixed number of subsets drawn with a fixed seed.
+are pending, none, all and a fixed number of subsets drawn with a fixed seed. After the change,
+the folder's own changes since its last sync are on the disk in any subset, as file systems
+promise no order between them.
 
 usage: crash_states.py CRASH_DRIVER [--only CHANGE]
-Prints changes by states (old, new, other); exits 1 if any state is other."""
+Prints changes by states (old, new, other) and states after it that are not new (lost); exits 1
+if any state is other or lost."""
 
 import argparse
 import os
@@ -62,6 +66,8 @@ class Folder:
     def __init__(self, snapshot):
         self.names = {name: File(data) for name, data in snapshot.items()}
         self.opened = {}
+        self.synced_names = dict(self.names)  # the folder as its last sync left it
+        self.unsynced = []  # the folder's own changes since then, which a power cut may undo
 
     def apply(self, op):
         kind, args = op[0], op[1:]
@@ -69,6 +75,7 @@ class Folder:
             fd, name = args
             if name != "." and name not in self.names:
                 self.names[name] = File()
+                self.unsynced.append(("create", name, self.names[name]))
             self.opened[fd] = self.names.get(name)
         elif kind == "write":
             self.opened[args[0]].write(args[1], args[2])
@@ -77,12 +84,16 @@ class Folder:
             self.opened[fd].write(offset, bytes(self.opened[source].current[at:at + size]))
         elif kind == "truncate":
             self.opened[args[0]].truncate(args[1])
-        elif kind == "sync" and self.opened[args[0]] is not None:  # not the folder's own
+        elif kind == "sync" and self.opened[args[0]] is not None:
             self.opened[args[0]].sync()
+        elif kind == "sync":  # the folder's own
+            self.synced_names, self.unsynced = dict(self.names), []
         elif kind == "rename":
             self.names[args[1]] = self.names.pop(args[0])
+            self.unsynced.append(op)
         elif kind == "unlink":
             self.names.pop(args[0])
+            self.unsynced.append(op)
 
     def states(self, rng):
         """Each state a crash now could leave, as {name: bytes}."""
@@ -96,6 +107,21 @@ class Folder:
         for chosen in choices:
             yield {name: f.crashed({page for n, page in chosen if n == name})
                    for name, f in self.names.items()}
+
+
+    def after_power_cut(self):
+        """Each state a power cut once the change is over could leave: what was not synced
+        lost, of the folder's own changes too, any of which may have reached the disk."""
+        for mask in range(1 << len(self.unsynced)):
+            names = dict(self.synced_names)
+            for kind, *args in (op for i, op in enumerate(self.unsynced) if mask >> i & 1):
+                if kind == "create":
+                    names[args[0]] = args[1]
+                elif kind == "rename" and args[0] in names:
+                    names[args[1]] = names.pop(args[0])
+                elif kind == "unlink":
+                    names.pop(args[0], None)
+            yield {name: f.crashed(()) for name, f in names.items()}
 
 
 TRACED = "openat,close,write,pwrite64,copy_file_range,ftruncate,fsync,fdatasync,rename,unlink"
@@ -171,8 +197,25 @@ def show(driver, folders):
     return shown
 
 
+def show_states(driver, work, states):
+    """What the loader makes of each state, written out as a folder, 64 at a time."""
+    for start in range(0, len(states), 64):
+        folders = []
+        for n, state in enumerate(states[start:start + 64]):
+            path = os.path.join(work, f"state{n}")
+            shutil.rmtree(path, ignore_errors=True)
+            os.mkdir(path)
+            for name, data in state.items():
+                with open(os.path.join(path, name), "wb") as f:
+                    f.write(data)
+            folders.append(path)
+        yield from show(driver, folders)
+
+
 def crash_states(driver, change, size):
-    """(old, new, other) counts for one change at one size, and the distinct states tried."""
+    """(old, new, other) counts of the states a crash during one change at one size could
+    leave, and how many of those a power cut after it could leave are not new (lost); with the
+    number of calls traced."""
     work = tempfile.mkdtemp(prefix="pindle_crash_")
     try:
         folder = os.path.join(work, "folder")
@@ -199,18 +242,12 @@ def crash_states(driver, change, size):
         # A call the trace missed would leave the model short of what the change did.
         if {name: bytes(f.current) for name, f in model.names.items()} != after:
             raise RuntimeError(f"{change}: the traced calls do not make the folder it left")
-        counts = [0, 0, 0]
-        for start in range(0, len(states), 64):
-            folders = []
-            for n, state in enumerate(states[start:start + 64]):
-                path = os.path.join(work, f"state{n}")
-                shutil.rmtree(path, ignore_errors=True)
-                os.mkdir(path)
-                for name, data in state.items():
-                    with open(os.path.join(path, name), "wb") as f:
-                        f.write(data)
-                folders.append(path)
-            for shown in show(driver, folders):
+        ends = list(model.after_power_cut())
+        counts = [0, 0, 0, 0]
+        for n, shown in enumerate(show_states(driver, work, states + ends)):
+            if n >= len(states):
+                counts[3] += shown != new
+            else:
                 counts[0 if shown == old else 1 if shown == new else 2] += 1
         return counts, len(ops)
     finally:
@@ -226,13 +263,14 @@ def main():
                              check=True).stdout.split()
     if args.only:
         changes = [c for c in changes if c == args.only]
-    print(f"{'change':30} {'N':>4} {'calls':>6} {'old':>5} {'new':>5} {'other':>5}")
+    print(f"{'change':30} {'N':>4} {'calls':>6} {'old':>5} {'new':>5} {'other':>5} {'lost':>5}")
     bad = 0
     for change in changes:
         for size in SIZES:
-            (old, new, other), calls = crash_states(args.driver, change, size)
-            print(f"{change:30} {size:>4} {calls:>6} {old:>5} {new:>5} {other:>5}", flush=True)
-            bad += other
+            (old, new, other, lost), calls = crash_states(args.driver, change, size)
+            print(f"{change:30} {size:>4} {calls:>6} {old:>5} {new:>5} {other:>5} {lost:>5}",
+                  flush=True)
+            bad += other + lost
     return 1 if bad else 0
 
 
