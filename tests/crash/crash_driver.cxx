@@ -1,14 +1,16 @@
 // The data layer driven from the command line in the current folder, for the crash-state test
 // and the failing saves: it writes a folder's files, makes one of the changes the programs make
 // as they make it (inside the folder's lock, both stores saved), and shows what a folder holds
-// once the data layer has opened it, recovery included.
-// usage: crash_driver prepare N | act CHANGE | show FOLDER... | changes
+// once the data layer has opened it, recovery included. One more change, left out of the list,
+// has another program write the file while it is loaded.
+// usage: crash_driver prepare N | act CHANGE | act edit-after-another | show FOLDER... | changes
 #include "data_folder.h"
 #include "support/store_helpers.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <fstream>
 #include <string>
 #include <unistd.h>
@@ -81,6 +83,25 @@ const std::pair<const char*, void (*)(Stores&)> kChanges[] = {
      }},
 };
 
+// Another program renames the first to-do in the file (its description starts at byte 67), then
+// this one edits it: the save finds the file changed since it was loaded.
+void editAfterAnother(Stores& s) {
+    int fd = open("pindle_todo.db", O_WRONLY | O_CLOEXEC);
+    if (fd < 0 || pwrite(fd, "Another's", 9, 67) != 9 || close(fd) != 0)
+        std::exit(1);
+    s.todos.at(0)->setDescription("Edited");
+}
+
+int act(void (*make)(Stores&)) {
+    Stores s;
+    DataFolder folder(s.todos, s.categories);
+    DataFolder::Change locked(folder);
+    make(s);
+    s.categories.save();
+    s.todos.save();
+    return 0;
+}
+
 // Every field of every to-do and every category, as text; the notes as their length and a
 // checksum, so that a state differing anywhere shows. Ends with a line "--".
 void show(const char* folder) {
@@ -114,20 +135,16 @@ int main(int argc, char** argv) {
         if (command == "changes") {
             std::printf("%s\n", name);
         } else if (command == "act" && argc == 3 && std::strcmp(argv[2], name) == 0) {
-            Stores s;
-            DataFolder folder(s.todos, s.categories);
-            DataFolder::Change locked(folder);
-            make(s);
-            s.categories.save();
-            s.todos.save();
-            return 0;
+            return act(make);
         }
     }
-    if (command == "prepare" && argc == 3) {
+    if (command == "act" && argc == 3 && std::strcmp(argv[2], "edit-after-another") == 0) {
+        return act(editAfterAnother);
+    } else if (command == "prepare" && argc == 3) {
         prepare(std::stoi(argv[2]));
     } else if (command != "changes") {
-        std::fprintf(stderr, "usage: crash_driver prepare N | act CHANGE | show FOLDER... | "
-                             "changes\n");
+        std::fprintf(stderr, "usage: crash_driver prepare N | act CHANGE | act edit-after-another"
+                             " | show FOLDER... | changes\n");
         return 2;
     }
     return 0;

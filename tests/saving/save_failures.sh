@@ -4,7 +4,8 @@
 # mount point). Each must say why on stderr, end with status 200 and leave the list exactly as it
 # was. On the full file system even an edit fails: its journal needs room before the file is
 # touched; the torn journal is thrown away at the next opening. An append whose journal fits but
-# whose growth does not leaves its whole journal, finished once there is room again.
+# whose growth does not leaves its whole journal, finished once there is room again. A version
+# another program wrote is never gone over without its copy kept.
 # usage: save_failures.sh CRASH_DRIVER. Needs root and a free loop device; skips (77) without.
 set -euo pipefail
 driver=$1
@@ -62,6 +63,18 @@ fi
 echo "ok: append with room for its journal alone: status 200, $(tail -n 1 "$work/stderr")"
 rm filler
 expect edit 0 appended "finished the last save, which a crash had cut short"
+# Full again: another program's version of the file, written while the list was loaded, finds
+# no room to be kept beside it, and the save stops before going over it, leaving no part copy.
+dd if=/dev/zero of=filler bs=4k 2>/dev/null || true
+status=0
+"$driver" act edit-after-another 2>"$work/stderr" || status=$?
+kept="could not keep a copy of pindle_todo.db, which another program changed"
+if [ "$status" -ne 200 ] || [ "$(tail -n 1 "$work/stderr")" != "$kept" ] ||
+  ls | grep -q changed-elsewhere; then
+  echo "FAIL: another's version with no room to keep it: status $status, $(cat "$work/stderr")"
+  exit 1
+fi
+echo "ok: another's version with no room to keep it: status 200, $kept"
 # A file that is a mount point cannot be replaced: the rename after a whole rewrite is refused.
 # Out of the small file system, which has no room for a second copy of the file.
 cd "$work/room"
