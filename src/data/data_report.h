@@ -10,7 +10,7 @@ namespace DataReport {
 
 enum class Kind {
     Unreadable, // a store could not open its file and starts without it
-    Recovery,   // what was done with a save that a crash cut short; nothing was lost
+    Recovery,   // what was done with a save cut short (a crash, a full disk); nothing was lost
     Notice,     // a save goes on after this
     Failure     // the program ends with status 200 after this
 };

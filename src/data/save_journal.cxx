@@ -322,12 +322,13 @@ void SaveJournal::recover() {
             if (!journal.apply())
                 DataReport::fail("could not finish the last save from %s: %s", kName,
                                  std::strerror(errno));
-            DataReport::recovery("finished the last save, which a crash had cut short");
+            // Cut short by a crash or by a failure to write: the journal reads the same.
+            DataReport::recovery("finished the last save, which had been cut short");
         } else if (header != Reader::Header::Foreign) {
             // Nothing is written to the files before their journal is whole and on the disk.
             unlink(kName);
-            DataReport::recovery("threw away the journal of a save that a crash cut short before "
-                                 "it began: the files hold the list as it was before that save");
+            DataReport::recovery("threw away the journal of a save cut short before it began: "
+                                 "the files hold the list as it was before that save");
         } else {
             char kept[300];
             bool aside =

@@ -62,7 +62,7 @@ if [ "$status" -ne 200 ] || [ ! -e .pindle_save.journal ]; then
 fi
 echo "ok: append with room for its journal alone: status 200, $(tail -n 1 "$work/stderr")"
 rm filler
-expect edit 0 appended "finished the last save, which a crash had cut short"
+expect edit 0 appended "finished the last save, which had been cut short"
 # Full again: another program's version of the file, written while the list was loaded, finds
 # no room to be kept beside it, and the save stops before going over it, leaving no part copy.
 dd if=/dev/zero of=filler bs=4k 2>/dev/null || true
