@@ -7,7 +7,9 @@
 #include "todo_store.h"
 
 #include <cstring>
+#include <filesystem>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <sys/stat.h>
@@ -155,6 +157,27 @@ TEST_F(StoreFileDeath, WhatCannotBeOpenedOrWrittenEndsASaveWithStatus200) {
 // Positions below zero give the first record, past the end null; removing a record not in the
 // list does nothing; removing, purging (any non-zero flag counts as done) and clearing keep the
 // rest in order and the links in step; an empty list saves as an empty file.
+// The window saves for as long as it is open: no save keeps a descriptor, in place or whole.
+TEST_F(StoreFile, SavesKeepNoDescriptorOpen) {
+    std::vector<TodoFields> todos(8);
+    for (std::size_t i = 0; i < todos.size(); i++)
+        todos[i].description = std::to_string(i);
+    writeFile("pindle_todo.db", todoFile(todos));
+    Todos store;
+    auto descriptors = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
+                             std::filesystem::directory_iterator());
+    };
+    const auto before = descriptors();
+    for (int i = 0; i < 4; i++) {
+        store.at(0)->setDescription("edited"); // in place, through the journal
+        store.save();
+        store.remove(store.at(0)); // every record moves: a whole new file
+        store.save();
+    }
+    EXPECT_EQ(descriptors(), before);
+}
+
 TEST_F(StoreFile, ListOperations) {
     writeFile("pindle_todo.db", todoFile({{}}));
     Todos store;
