@@ -67,20 +67,14 @@ class Export(unittest.TestCase):
 
     def test_options_and_mistakes(self):
         """Either spelling of an option, the last format given, help before anything; each
-        mistake with its status and its one-line reason."""
+        mistake of its own with its status and one-line reason (the parser's are CommandLine's)."""
         folder = self.folder
         cases = [(["--format=ics", "--dir=" + folder], 0, ""),
                  (["--format", "csv", "--format", "json", "--dir", folder], 0, ""),
                  (["--format", "xml", "-h", "stray"], 0, ""),
                  ([], 2, "choose a format with --format csv, --format ics or --format json"),
                  (["--format", "xml"], 2, "unknown format 'xml' (use csv, ics or json)"),
-                 (["--format"], 2, "option --format needs a value"),
-                 (["--format", "csv", "--dir"], 2, "option --dir needs a value"),
-                 (["--format", "csv", "--dir="], 2, "option --dir needs a folder"),
-                 (["--formats=csv"], 2, "unknown option '--formats=csv'"),
-                 (["--form", "csv", "--dir", folder, "--", "more"], 2,
-                  "unexpected argument 'more'"),
-                 (["--format", "csv", "-"], 2, "unexpected argument '-'")]
+                 (["--form", "csv", "--dir="], 2, "option --dir needs a folder")]
         for args, status, reason in cases:
             result = run(args)
             self.assertEqual(result.returncode, status, args)
