@@ -5,7 +5,6 @@ terminal, a data folder that cannot be written.
 Usage: hostile_server_test.py PINDLE_SYNC"""
 
 import http.server
-import json
 import os
 import pty
 import shutil
@@ -19,6 +18,7 @@ import sync_fixture as fx
 from records import Todo
 
 NEW = Todo(1, 2, 2030, 0, 0, b"Unassigned", b"New here", b"")
+T2 = b"<d:sync-token>t2</d:sync-token>"
 
 
 class Hostile(http.server.BaseHTTPRequestHandler):
@@ -26,30 +26,30 @@ class Hostile(http.server.BaseHTTPRequestHandler):
     listing = b""  # the reply to a PROPFIND
     sync_collection_status = 207  # anything else: refused as by a server without it
     propfind_status = 207
-    tokenless_from_t1 = False  # a sync-collection from token t1 answered without a token
-    forgot_t1 = False  # a sync-collection from token t1 refused as from a forgotten token
+    from_t1 = None  # (status, body): how a sync-collection from token t1 is answered instead
     put_status = 201  # None: the connection closed with no reply
     put_seconds = 0
     puts = 0
     requests = 0
 
+    def body(self):
+        return self.rfile.read(int(self.headers.get("Content-Length", 0)))
+
     def do_REPORT(self):
-        body = self.rfile.read(int(self.headers.get("Content-Length", 0)))
+        body = self.body()
         if b"sync-collection" in body and type(self).sync_collection_status != 207:
             self.answer(type(self).sync_collection_status, b"")
-        elif type(self).forgot_t1 and b">t1</d:sync-token>" in body:
-            self.answer(409, b"")
-        elif type(self).tokenless_from_t1 and b">t1</d:sync-token>" in body:
-            self.answer(207, multistatus(token=b""))
+        elif type(self).from_t1 and b">t1</d:sync-token>" in body:
+            self.answer(*type(self).from_t1)
         else:
             self.answer(207, type(self).reply)
 
     def do_PROPFIND(self):
-        self.rfile.read(int(self.headers.get("Content-Length", 0)))
+        self.body()
         self.answer(type(self).propfind_status, type(self).listing)
 
     def do_PUT(self):
-        self.rfile.read(int(self.headers.get("Content-Length", 0)))
+        self.body()
         type(self).puts += 1
         if type(self).put_status is None:
             self.close_connection = True
@@ -105,10 +105,17 @@ class HostileReplies(unittest.TestCase):
             self.addCleanup(setattr, Hostile, name, getattr(Hostile, name))
             setattr(Hostile, name, value)
 
-    def sync(self, reply, todos=()):
+    def new_folder(self, todos):
+        folder = fx.Folder(todos)
+        self.addCleanup(folder.close)
+        return folder
+
+    def sync(self, reply, todos=(), again=False):
+        """A sync of a new folder with these to-dos, or `again` of the last one; the server
+        answers the REPORT with `reply`."""
         Hostile.reply = reply
-        self.folder = fx.Folder(todos)
-        self.addCleanup(self.folder.close)
+        if not again:
+            self.folder = self.new_folder(todos)
         result = self.folder.sync(self.url)
         self.assertGreaterEqual(result.returncode, 0, "killed by a signal")
         self.assertNotIn(b"Sanitizer", result.stderr)
@@ -186,8 +193,7 @@ class HostileReplies(unittest.TestCase):
                 self.assertEqual([t.description for t in self.folder.todos()],
                                  [b"Listed by ETag"] if listed else [])
                 if listed:
-                    with open(os.path.join(self.folder.path, ".pindle_sync.json")) as f:
-                        self.assertIsNone(json.load(f)["sync_token"])
+                    self.assertIsNone(self.folder.state()["sync_token"])
 
     def test_refused_writes_are_reported_and_left_for_the_next_sync(self):
         # A write refused as raced is tried once more, after the task is read again.
@@ -200,8 +206,7 @@ class HostileReplies(unittest.TestCase):
                 self.assertIn(reason, result.stderr)
                 self.assertTrue(result.stdout.endswith(b" %d writes\n" % writes), result.stdout)
                 self.assertEqual(self.folder.todos(), [NEW])
-                with open(os.path.join(self.folder.path, ".pindle_sync.json")) as f:
-                    self.assertEqual(json.load(f)["todos"], [])
+                self.assertEqual(self.folder.state()["todos"], [])
 
     def test_writes_stop_at_the_first_that_cannot_reach_the_server(self):
         """Each write after it would wait out the same failure: none is tried, all are left."""
@@ -214,39 +219,34 @@ class HostileReplies(unittest.TestCase):
     def test_a_failed_listing_after_the_writes_keeps_the_token(self):
         """The listing that would show the sync's own writes fails (no token, then a PROPFIND
         answered 500): the token read before them stays, for the next sync to start from."""
-        self.serve(tokenless_from_t1=True, propfind_status=500)
+        self.serve(from_t1=(207, multistatus(token=b"")), propfind_status=500)
         self.assertEqual(self.sync(multistatus(), [NEW]).returncode, 0)
-        with open(os.path.join(self.folder.path, ".pindle_sync.json")) as f:
-            self.assertEqual(json.load(f)["sync_token"], "t1")
+        self.assertEqual(self.folder.state()["sync_token"], "t1")
 
     def test_a_forgotten_token_lists_everything_and_takes_what_is_gone(self):
         """Asked again from nothing, the server lists all it holds: a task it no longer lists
         was deleted there."""
         self.sync(multistatus(vtodo(b"UID:a", b"SUMMARY:A"), vtodo(b"UID:b", b"SUMMARY:B")))
-        self.serve(forgot_t1=True)
-        Hostile.reply = multistatus(vtodo(b"UID:a", b"SUMMARY:A"), token=b"<d:sync-token>t2</d:sync-token>")
-        result = self.folder.sync(self.url)
+        self.serve(from_t1=(409, b""))
+        result = self.sync(multistatus(vtodo(b"UID:a", b"SUMMARY:A"), token=T2), again=True)
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertEqual([t.description for t in self.folder.todos()], [b"A"])
 
     def test_a_known_task_turned_unreadable_is_left_as_it_was(self):
         self.sync(multistatus(vtodo(b"UID:a", b"SUMMARY:A")))
-        Hostile.reply = multistatus(b"no calendar", token=b"<d:sync-token>t2</d:sync-token>")
-        Hostile.reply = Hostile.reply.replace(b'"0"', b'"changed"')
-        result = self.folder.sync(self.url)
+        changed = multistatus(b"no calendar", token=T2).replace(b'"0"', b'"changed"')
+        result = self.sync(changed, again=True)
         self.assertEqual([t.description for t in self.folder.todos()], [b"A"], result.stderr)
 
     def on_terminal(self, count, put_seconds):
         """What a sync of `count` new to-dos shows on stderr when that is a terminal, and how
         many seconds it took."""
         self.serve(reply=multistatus(), put_seconds=put_seconds)
-        folder = fx.Folder([NEW._replace(description=b"New %d" % i) for i in range(count)])
-        self.addCleanup(folder.close)
+        folder = self.new_folder([NEW._replace(description=b"New %d" % i) for i in range(count)])
         controller, terminal = pty.openpty()
         began = time.monotonic()
-        process = subprocess.Popen([fx.PROGRAM, "--dir", folder.path, "--url", self.url,
-                                    "--user", fx.USER, "--password-file", folder.password_file],
-                                   stdout=subprocess.DEVNULL, stderr=terminal)
+        process = subprocess.Popen(folder.command(self.url), stdout=subprocess.DEVNULL,
+                                   stderr=terminal)
         os.close(terminal)
         shown = fx.read_terminal(controller)
         os.close(controller)
@@ -271,8 +271,7 @@ class HostileReplies(unittest.TestCase):
                                                stderr=subprocess.DEVNULL).returncode != 0:
             self.skipTest("needs root and a mount namespace of its own")
         Hostile.reply = multistatus()
-        folder = fx.Folder([NEW])
-        self.addCleanup(folder.close)
+        folder = self.new_folder([NEW])
         source = os.path.join(folder.dir.name, "source")
         shutil.copytree(folder.path, source)
         script += ('\n"$2" --dir "$1" --url "$3" --user "$4" --password-file "$5" || '

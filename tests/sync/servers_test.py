@@ -10,12 +10,7 @@ import time
 import unittest
 
 import sync_fixture as fx
-from records import Todo
-
-
-def todo(description, notes=b"", category=b"Unassigned", month=3, day=1, year=2030, priority=0,
-         completed=0):
-    return Todo(month, day, year, priority, completed, category, description, notes)
+from sync_fixture import by_summary, todo
 
 
 def fields(task):
@@ -26,30 +21,8 @@ def fields(task):
             str(task["STATUS"]), categories)
 
 
-def by_summary(calendar):
-    return {str(t["SUMMARY"]): t for t in fx.tasks(calendar).values()}
-
-
-class ServerCase:
-    """A server of the class SERVER for the whole class, a collection of its own for each test."""
-
-    SERVER = None
-
-    @classmethod
-    def setUpClass(cls):
-        cls.server = cls.SERVER()
-
-    @classmethod
-    def tearDownClass(cls):
-        cls.server.close()
-
-    def setUp(self):
-        self.url, self.device = self.server.new_collection(self.id().split(".")[-1].lower())
-
-    def folder(self, todos, categories=(b"Unassigned",)):
-        folder = fx.Folder(todos, categories)
-        self.addCleanup(folder.close)
-        return folder
+class ServerCase(fx.ServerCase):
+    """The sync run with the server's options, and the second device's view."""
 
     def sync(self, folder, *extra):
         result = folder.sync(self.url, *self.server.sync_options(), *extra)
@@ -57,9 +30,11 @@ class ServerCase:
         return result
 
     def window(self, folder):
-        """The program's window open on the folder, at its to-do tab; it must say nothing."""
+        """The program's window open on the folder, at its to-do tab; it must stay open to the
+        end of the test and say nothing."""
         window = fx.Window(folder)
-        self.addCleanup(lambda: self.assertEqual(window.close(), ""))
+        self.addCleanup(lambda: self.assertEqual((window.process.poll(), window.close()),
+                                                 (None, "")))
         window.click(window.TODO_TAB)
         return window
 
@@ -157,14 +132,13 @@ class SyncCases(ServerCase):
                           got["Rich, edited"].decoded("DTSTART")),
                          ("kept", datetime.datetime(2030, 1, 1, 9, tzinfo=datetime.timezone.utc)))
         self.assert_nothing_new(folder)
-        self.assertEqual(os.stat(os.path.join(folder.path, ".pindle_sync.json")).st_mode & 0o777,
-                         0o600)
+        self.assertEqual(os.stat(folder.state_file).st_mode & 0o777, 0o600)
 
     def test_a_lost_state_lists_everything_and_doubles_nothing(self):
         folder = self.folder([todo(b"A"), todo(b"B", b"notes")])
         self.sync(folder)
         self.device.save_todo(fx.vtodo("phone-1", "Phone 1"))
-        os.remove(os.path.join(folder.path, ".pindle_sync.json"))
+        os.remove(folder.state_file)
         offset = self.server.log_size()
         self.sync(folder)
         self.assertNotIn("PUT", self.server.requests_since(offset))
@@ -189,23 +163,18 @@ class SyncCases(ServerCase):
         self.assert_nothing_new(folder)
 
     def test_texts_come_back_byte_for_byte(self):
-        """Every kind of text a field holds, up through the server and down into a second
-        folder: the same bytes, but where the program changes them on purpose (the expected
-        column) or the server itself does (its LOSES)."""
+        """Texts up through the server and down into a second folder: the same bytes, but where
+        the program changes them on purpose (the expected column) or the server itself does
+        (its LOSES). How the iCalendar keeps any text (ends, quotes, folds) is IcalText's to
+        check; these are the texts servers are known to change, and the field limits."""
         notes_at_limit = "\U0001F600".encode() * 7999 + b"abc"  # 31999 bytes
         cases = [  # name, sent as (description, notes, category), expected back if not that
             ("category with list separators", (b"Separators", b"", b"Work, home; misc"), None),
             ("backslashes", (b"back\\slash \\, \\n", b"C:\\temp\\new\\", b"a\\b"), None),
-            ("spaces at both ends", (b"  both ends ", b"notes end in a space ", b" cat "), None),
-            ("tabs and line breaks in notes", (b"notes", b"\tindented\n\nlast line\t\n", b"x"),
-             None),
-            ("quotes, colons and semicolons", (b'say "hi": then; go', b'a:b;c,d"e', b'k:v;w'),
-             None),
             ("UTF-8 up to the byte limits", ("\u00e9".encode() * 25, notes_at_limit,
                                             "\u20ac".encode() * 16 + b"ab"), None),
-            ("long notes folded between characters",
-             (b"folds", b"x" + "\u20ac\u00e9".encode() * 3000, b"y"), None),
-            ("line breaks: CR becomes LF", (b"cr", b"a\r\nb\rc", b"z"), (b"cr", b"a\nb\nc", b"z")),
+            ("line breaks: CR becomes LF", (b"cr", b"\ta\r\nb\rc", b"z"),
+             (b"cr", b"\ta\nb\nc", b"z")),
             ("tab and control characters", (b"a\tb\x01c", b"d\x07e\x7f", b"f\tg"),
              (b"a bc", b"de", b"f g")),
             ("Latin-1 read as such, cut to the field", (b"\xe9" * 50, b"caf\xe9", b"Caf\xe9"),
@@ -216,7 +185,6 @@ class SyncCases(ServerCase):
         second = self.folder([])
         self.sync(second)
         back = {t.day: t for t in second.todos()}
-        identical = 0
         for i, (name, given, expected) in enumerate(cases):
             with self.subTest(name):
                 want = todo(*(expected or given), day=i + 1)
@@ -224,9 +192,6 @@ class SyncCases(ServerCase):
                     self.assertNotEqual(back[i + 1], want, self.SERVER.LOSES[name])
                 else:
                     self.assertEqual(back[i + 1], want)
-                    identical += expected is None
-        print(f"\n{type(self).__name__}: {identical} of "
-              f"{sum(e is None for _, _, e in cases)} texts back byte for byte")
         # What was cut or cleaned on the way down is not taken for a change here.
         self.assert_nothing_new(second)
 
@@ -270,8 +235,6 @@ class XandikosWithoutSyncCollection(SyncCases, unittest.TestCase):
 class BesideTheWindow(ServerCase, unittest.TestCase):
     """The window follows what the sync writes, whatever the server: Radicale stands for all."""
 
-    SERVER = fx.Radicale
-
     def test_beside_the_open_window(self):
         if fx.WINDOW_PROGRAM is None:
             self.skipTest("needs pindle_todo")
@@ -294,14 +257,11 @@ class BesideTheWindow(ServerCase, unittest.TestCase):
         self.sync(folder)
         self.assertEqual(sorted(by_summary(self.device)),
                          ["A on the phone", "B", "From the phone", "Typed here"])
-        self.assertIsNone(window.process.poll())
         self.assert_nothing_new(folder)
 
 
 class Failures(ServerCase, unittest.TestCase):
     """Refusals and a server gone: one line saying why, the status, and no file changed."""
-
-    SERVER = fx.Radicale
 
     def assert_refused(self, result, status, reason):
         self.assertEqual((result.returncode, len(result.stderr.splitlines())), (status, 1),
@@ -339,38 +299,26 @@ class Failures(ServerCase, unittest.TestCase):
         self.sync(folder)
         self.assertEqual(sorted(by_summary(self.device)), ["A edited"])
 
-
-
 class Scale(ServerCase, unittest.TestCase):
-    SERVER = fx.Radicale
-
-    def timed_sync(self, folder):
-        start = time.monotonic()
-        self.sync(folder)
-        return time.monotonic() - start
-
     def test_thousand_todos(self):
         todos = [todo(b"To-do %d" % i, b"notes %d" % i if i % 10 == 0 else b"", b"Unassigned",
                       1 + i % 12, 1 + i % 28, 2030 + i % 5, i % 9, int(i % 5 == 0))
                  for i in range(1000)]
         folder = self.folder(todos)
-        upload = self.timed_sync(folder)
+        self.sync(folder)
         start = time.monotonic()
         self.assert_nothing_new(folder)
-        again = time.monotonic() - start
-        print(f"\n1000 to-dos: first upload {upload:.2f} s, nothing new {again:.3f} s")
         # The aim is one second; the bound leaves room for a machine busy with other work.
-        self.assertLess(again, 3.0)
+        # benchmarks/sync_bench.py measures the times themselves.
+        self.assertLess(time.monotonic() - start, 3.0)
         if fx.WINDOW_PROGRAM is None:
             return
         # Into a second folder whose window is open: the window shows them.
         second = self.folder([])
         window = self.window(second)
-        down = self.timed_sync(second)
-        shown = window.wait_for_lines(6)
-        print(f"1000 to-dos down beside the open window: {down:.2f} s, shown {shown:.2f} s after")
+        self.sync(second)
+        window.wait_for_lines(6)
         self.assertEqual(sorted(second.todos()), sorted(todos))
-        self.assertIsNone(window.process.poll())
 
 
 if __name__ == "__main__":

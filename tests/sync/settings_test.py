@@ -12,7 +12,6 @@ import termios
 import unittest
 
 import sync_fixture as fx
-from records import Todo
 
 
 def start_keyring():
@@ -35,16 +34,9 @@ def start_keyring():
         os.environ[name] = value
 
 
-class Settings(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.server = fx.Radicale()
-
-    @classmethod
-    def tearDownClass(cls):
-        cls.server.close()
-
+class Settings(fx.ServerCase, unittest.TestCase):
     def setUp(self):
+        super().setUp()
         self.home = tempfile.mkdtemp()
         self.addCleanup(shutil.rmtree, self.home)
         self.env = {k: v for k, v in os.environ.items()
@@ -52,7 +44,6 @@ class Settings(unittest.TestCase):
         self.env["HOME"] = self.home
         self.config = os.path.join(self.home, ".config", "pindle_sync", "config")
         self.data = os.path.join(self.home, ".local", "share", "pindle_todo")
-        self.url, self.device = self.server.new_collection(self.id().split(".")[-1].lower())
 
     def run_sync(self, *args, password=None):
         env = dict(self.env, **({"PINDLE_SYNC_PASSWORD": password} if password else {}))
@@ -85,23 +76,20 @@ class Settings(unittest.TestCase):
         todos = fx.records.read_todos(os.path.join(self.data, "pindle_todo.db"))
         self.assertEqual([t.description for t in todos], [b"From the phone"])
         # The command line wins over the settings: another folder, a password file.
-        other = fx.Folder([Todo(1, 1, 2030, 0, 0, b"Unassigned", b"Other", b"")])
-        self.addCleanup(other.close)
+        other = self.folder([fx.todo(b"Other")])
         fx.private_file(other.password_file, "not it\n")
         result = self.run_sync("--dir", other.path, "--password-file", other.password_file)
         self.assertEqual(result.returncode, 1)
         self.assertIn(b"401", result.stderr)
         self.assertEqual(self.run_sync("--dir", other.path).returncode, 0)
-        self.assertEqual(sorted(str(t["SUMMARY"]) for t in fx.tasks(self.device).values()),
-                         ["From the phone", "Other"])
+        self.assertEqual(sorted(fx.by_summary(self.device)), ["From the phone", "Other"])
 
     def test_a_set_up_that_fails_writes_nothing(self):
         good, empty, short = (os.path.join(self.home, n) for n in ("password", "empty", "x"))
         fx.private_file(good, fx.PASSWORD + "\n")
         fx.private_file(empty, "")
         fx.private_file(short, "x")  # one letter, sent as it is, and refused
-        with open(os.path.join(self.home, ".config"), "w"):
-            pass  # a file where the settings' folder should go
+        open(os.path.join(self.home, ".config"), "w").close()  # where the settings' folder goes
         for url, extra, password, reason in (
                 (self.url, [], "not it", "refused the user name or password (401)"),
                 (self.url + "nowhere/", [], fx.PASSWORD, "no collection at that URL"),

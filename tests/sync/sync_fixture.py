@@ -1,6 +1,7 @@
 """What the sync tests share: CalDAV servers on free loopback ports, a caldav client as the
 user's second device, data folders, pindle_sync runs, and the program's window on a folder."""
 
+import json
 import os
 import re
 import select
@@ -95,13 +96,11 @@ class Server:
             f.seek(offset)
             return re.findall(self.REQUEST_LINE, f.read(), re.MULTILINE)
 
-    def client(self):
-        return caldav.DAVClient(self.url, username=USER, password=PASSWORD,
-                                ssl_verify_cert=self.certificate or True)
-
     def new_collection(self, name):
         """A new VTODO collection, and a caldav client on it as the second device."""
-        calendar = self.client().principal().make_calendar(
+        client = caldav.DAVClient(self.url, username=USER, password=PASSWORD,
+                                  ssl_verify_cert=self.certificate or True)
+        calendar = client.principal().make_calendar(
             name=name, cal_id=name, supported_calendar_component_set=["VTODO"])
         return str(calendar.url), calendar
 
@@ -217,6 +216,15 @@ def tasks(calendar):
     return {str(c["UID"]): c for c in todos}
 
 
+def by_summary(calendar):
+    return {str(t["SUMMARY"]): t for t in tasks(calendar).values()}
+
+
+def todo(description, notes=b"", category=b"Unassigned", month=3, day=1, year=2030, priority=0,
+         completed=0):
+    return records.Todo(month, day, year, priority, completed, category, description, notes)
+
+
 class Folder:
     """A data folder with a private password file beside it."""
 
@@ -225,6 +233,7 @@ class Folder:
         self.path = os.path.join(self.dir.name, "data")
         os.mkdir(self.path)
         self.password_file = os.path.join(self.dir.name, "password")
+        self.state_file = os.path.join(self.path, ".pindle_sync.json")
         private_file(self.password_file, PASSWORD + "\n")
         records.write_files(self.path, list(todos), list(categories))
 
@@ -245,10 +254,17 @@ class Folder:
                 out[name] = f.read()
         return out
 
+    def state(self):
+        with open(self.state_file) as f:
+            return json.load(f)
+
+    def command(self, url):
+        return [PROGRAM, "--dir", self.path, "--url", url, "--user", USER, "--password-file",
+                self.password_file]
+
     def sync(self, url, *extra, env=None):
-        return subprocess.run([PROGRAM, "--dir", self.path, "--url", url, "--user", USER,
-                               "--password-file", self.password_file, *extra], env=env,
-                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=300)
+        return subprocess.run([*self.command(url), *extra], env=env, stdout=subprocess.PIPE,
+                              stderr=subprocess.PIPE, timeout=300)
 
     def close(self):
         self.dir.cleanup()
@@ -345,6 +361,28 @@ class Window:
         self.server.terminate()
         self.server.wait()
         return said
+
+
+class ServerCase:
+    """A server of the class SERVER for the whole class, a collection of its own for each test."""
+
+    SERVER = Radicale
+
+    @classmethod
+    def setUpClass(cls):
+        cls.server = cls.SERVER()
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.server.close()
+
+    def setUp(self):
+        self.url, self.device = self.server.new_collection(self.id().split(".")[-1].lower())
+
+    def folder(self, todos, categories=(b"Unassigned",)):
+        folder = Folder(todos, categories)
+        self.addCleanup(folder.close)
+        return folder
 
 
 def take_program():
