@@ -30,13 +30,6 @@ struct Writer {
     DataFolder folder{todos, categories};
 };
 
-TodoRecord* todo(const char* description, const char* category) {
-    auto* r = new TodoRecord;
-    r->setCategory(category);
-    r->setDescription(description);
-    return r;
-}
-
 // The to-dos as "description:category" ("*" after a completed one), then the categories.
 std::string listed(const Writer& w) {
     std::string out;
@@ -90,7 +83,7 @@ void actAndSave(Writer& w, const Action& a, const Picked& p) {
     CategoryRecord* category = w.categories.findLike(p.category, p.categoryAt);
     switch (a.act) {
     case AddTodo:
-        w.todos.append(::todo(a.what, a.to));
+        w.todos.append(newTodo(a.what, a.to));
         break;
     case EditTodo:
         if (todo == nullptr) {
@@ -220,7 +213,7 @@ TEST_F(SharedFolder, RefreshReadsAgainOnlyWhatChangedElsewhere) {
         return std::make_pair(r.todos, r.categories);
     };
     EXPECT_EQ(reloaded(), std::make_pair(false, false)) << "both missing, still missing";
-    here.todos.append(todo("mine", "Unassigned"));
+    here.todos.append(newTodo("mine", "Unassigned"));
     here.todos.save();
     here.categories.save();
     EXPECT_EQ(reloaded(), std::make_pair(false, false)) << "its own saves";
@@ -306,7 +299,7 @@ TEST_F(SharedFolder, TheLockKeepsReadersAndWritersOutOfAChange) {
         Holder writer = holdInChild([] {
             static Writer other;
             static DataFolder::Change change(other.folder);
-            other.todos.append(todo("theirs", "Work"));
+            other.todos.append(newTodo("theirs", "Work"));
             other.todos.save();
             change.commit(); // written now, the lock still held
         });

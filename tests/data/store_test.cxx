@@ -37,13 +37,6 @@ std::vector<std::string> names(const CategoryStore& store) {
     return out;
 }
 
-TodoRecord* todo(const char* description, bool completed = false) {
-    auto* r = new TodoRecord;
-    r->completed = completed ? 1 : 0;
-    r->setDescription(description);
-    return r;
-}
-
 // Whole records load as the file has them, numbers and all, notes of full length too (ended at the
 // field's last byte if nothing ends them); a trailing part of a record, the link slots and the
 // bytes after each terminator do not survive a save.
@@ -138,7 +131,7 @@ TEST_F(StoreFileDeath, WhatCannotBeOpenedOrWrittenEndsASaveWithStatus200) {
                 << name << " as " << place.what << ": " << said;
             if (place.failsToWrite)
                 place.make(name);
-            todos.append(todo("keep"));
+            todos.append(newTodo("keep"));
             categories.append(new CategoryRecord);
             auto save = [&] { std::string(name) == "cat.db" ? categories.save() : todos.save(); };
             const std::string failure = place.failsToWrite ? "could not write records!" : missing;
@@ -186,7 +179,7 @@ TEST_F(StoreFile, ListOperations) {
     auto orphan = std::make_unique<TodoRecord>(); // freed here: a double free shows under ASan
     store.remove(orphan.get());
     for (const char* d : {"a", "b", "c", "d", "e", "f", "g"})
-        store.append(todo(d, *d == 'b' || *d == 'e'));
+        store.append(newTodo(d, "", *d == 'b' || *d == 'e'));
     EXPECT_EQ(store.at(-7), store.at(0));
     EXPECT_EQ(store.at(7), nullptr);
     store.remove(store.at(2));

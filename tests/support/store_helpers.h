@@ -1,6 +1,6 @@
 // The data files' record layout for the C++ tests and fuzzers, built from the documented format
-// rather than the program's code, a to-do decoded from it, a store that frees its records when a
-// test ends, and whole files read as bytes.
+// rather than the program's code, a to-do decoded from it, a new one, a store that frees its
+// records when a test ends, and whole files read as bytes.
 #ifndef PINDLE_TEST_STORE_HELPERS_H
 #define PINDLE_TEST_STORE_HELPERS_H
 
@@ -64,6 +64,16 @@ inline std::unique_ptr<TodoRecord> todoRecord(const TodoFields& f) {
 
 inline std::string categoryBytes(const std::string& name, bool last = true) {
     return field(name, 52) + beInt(last ? 0 : 1);
+}
+
+// A new to-do for a store to take, as the window makes one.
+inline TodoRecord* newTodo(const char* description, const char* category = "",
+                           bool completed = false) {
+    auto* r = new TodoRecord;
+    r->completed = completed ? 1 : 0;
+    r->setCategory(category);
+    r->setDescription(description);
+    return r;
 }
 
 // Whole files, as the program writes them.
