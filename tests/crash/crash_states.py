@@ -186,30 +186,25 @@ def snapshot(folder):
     return out
 
 
-def show(driver, folders):
-    """What the program's loader makes of each folder, after its recovery: one process for all
-    of them, each folder's listing ended by a line of its own."""
-    result = subprocess.run([driver, "show", *folders], stdout=subprocess.PIPE,
-                            stderr=subprocess.DEVNULL)
-    shown = result.stdout.split(b"--\n")[:-1]
-    if result.returncode != 0 or len(shown) != len(folders):
-        raise RuntimeError(f"crash_driver show failed ({result.returncode})")
-    return shown
-
-
 def show_states(driver, work, states):
-    """What the loader makes of each state, written out as a folder, 64 at a time."""
+    """What the program's loader makes of each state, after its recovery: written out as folders,
+    64 at a time, each shown by one process which ends each folder's listing by a line of its
+    own."""
     for start in range(0, len(states), 64):
-        folders = []
-        for n, state in enumerate(states[start:start + 64]):
-            path = os.path.join(work, f"state{n}")
+        batch = states[start:start + 64]
+        folders = [os.path.join(work, f"state{n}") for n in range(len(batch))]
+        for path, state in zip(folders, batch):
             shutil.rmtree(path, ignore_errors=True)
             os.mkdir(path)
             for name, data in state.items():
                 with open(os.path.join(path, name), "wb") as f:
                     f.write(data)
-            folders.append(path)
-        yield from show(driver, folders)
+        result = subprocess.run([driver, "show", *folders], stdout=subprocess.PIPE,
+                                stderr=subprocess.DEVNULL)
+        shown = result.stdout.split(b"--\n")[:-1]
+        if result.returncode != 0 or len(shown) != len(folders):
+            raise RuntimeError(f"crash_driver show failed ({result.returncode})")
+        yield from shown
 
 
 def crash_states(driver, change, size):
@@ -222,10 +217,8 @@ def crash_states(driver, change, size):
         os.mkdir(folder)
         subprocess.run([driver, "prepare", str(size)], cwd=folder, check=True)
         before = snapshot(folder)
-        old, = show(driver, [folder])
         ops = trace(driver, change, folder, os.path.join(work, "trace"))
         after = snapshot(folder)
-        new, = show(driver, [folder])
         model = Folder(before)
         rng = random.Random(f"{change}/{size}")
         seen, states = set(), []
@@ -242,9 +235,11 @@ def crash_states(driver, change, size):
         # A call the trace missed would leave the model short of what the change did.
         if {name: bytes(f.current) for name, f in model.names.items()} != after:
             raise RuntimeError(f"{change}: the traced calls do not make the folder it left")
-        ends = list(model.after_power_cut())
+        # The folder before and after the change, then the states during it and after it.
+        old, new, *listings = show_states(driver, work, [before, after, *states,
+                                                         *model.after_power_cut()])
         counts = [0, 0, 0, 0]
-        for n, shown in enumerate(show_states(driver, work, states + ends)):
+        for n, shown in enumerate(listings):
             if n >= len(states):
                 counts[3] += shown != new
             else:
