@@ -17,10 +17,6 @@ namespace {
 
 std::vector<std::pair<DataReport::Kind, std::string>> said;
 
-void keep(DataReport::Kind kind, const char* line) {
-    said.emplace_back(kind, line);
-}
-
 std::vector<std::string> leftInFolder() {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator("."))
@@ -77,7 +73,8 @@ TEST_F(SaveJournalTest, OnlyAWholeJournalIsCarriedOut) {
     struct Restore {
         ~Restore() { DataReport::setSink(nullptr); }
     } restore;
-    DataReport::setSink(keep);
+    DataReport::setSink(
+        [](DataReport::Kind kind, const char* line) { said.emplace_back(kind, line); });
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         said.clear();
