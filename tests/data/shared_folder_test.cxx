@@ -239,17 +239,9 @@ TEST_F(SharedFolder, RefreshReadsAgainOnlyWhatChangedElsewhere) {
     EXPECT_EQ(here.todos.count(), 0);
 }
 
-// Runs `body` in a child process, which holds what it took until end() kills it; returns once
-// the child holds it.
-struct Holder {
-    pid_t pid;
-    void end() {
-        kill(pid, SIGKILL);
-        waitpid(pid, nullptr, 0);
-    }
-};
-
-Holder holdInChild(const std::function<void()>& body) {
+// Runs `body` in a child process, which holds what it took until end() kills it; returns the
+// child's id once the child holds it.
+pid_t holdInChild(const std::function<void()>& body) {
     int ready[2];
     if (pipe(ready) != 0)
         std::abort();
@@ -263,27 +255,29 @@ Holder holdInChild(const std::function<void()>& body) {
     char c;
     (void)!read(ready[0], &c, 1);
     close(ready[0]);
-    return {child};
+    return child;
+}
+
+void end(pid_t child) {
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
 }
 
 // One window and one sync per folder, each beside the other; a claim ends with its process.
 TEST_F(SharedFolder, ClaimsRefuseASecondCopyOfTheirOwnRoleOnly) {
     using Role = FolderClaim::Role;
     using State = FolderClaim::State;
-    Holder window = holdInChild([] { static FolderClaim claim(".", Role::Window); });
-    auto openFiles = [] {
-        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-    };
-    const auto before = openFiles();
+    const pid_t window = holdInChild([] { static FolderClaim claim(".", Role::Window); });
+    const long before = openDescriptors();
     EXPECT_EQ(FolderClaim(".", Role::Window).state(), State::Busy);
-    EXPECT_EQ(openFiles(), before) << "a refused claim keeps its descriptor";
+    EXPECT_EQ(openDescriptors(), before) << "a refused claim keeps its descriptor";
     {
         FolderClaim sync(".", Role::Sync);
         EXPECT_EQ(sync.state(), State::Held);
         EXPECT_EQ(FolderClaim(".", Role::Sync).state(), State::Busy);
     }
     EXPECT_EQ(FolderClaim(".", Role::Sync).state(), State::Held) << "released with its object";
-    window.end();
+    end(window);
     EXPECT_EQ(FolderClaim(".", Role::Window).state(), State::Held)
         << "released when its process ends";
     EXPECT_EQ(FolderClaim("no such folder", Role::Window).state(), State::Unavailable);
@@ -296,7 +290,7 @@ TEST_F(SharedFolder, TheLockKeepsReadersAndWritersOutOfAChange) {
     writeFile("cat.db", categoryFile({"Unassigned"}));
     Writer here;
     for (bool reader : {true, false}) {
-        Holder writer = holdInChild([] {
+        const pid_t writer = holdInChild([] {
             static Writer other;
             static DataFolder::Change change(other.folder);
             other.todos.append(newTodo("theirs", "Work"));
@@ -305,7 +299,7 @@ TEST_F(SharedFolder, TheLockKeepsReadersAndWritersOutOfAChange) {
         });
         std::thread release([&] {
             std::this_thread::sleep_for(std::chrono::milliseconds(200));
-            writer.end();
+            end(writer);
         });
         auto start = std::chrono::steady_clock::now();
         if (reader) {

@@ -9,7 +9,6 @@
 #include <cstring>
 #include <filesystem>
 #include <functional>
-#include <iterator>
 #include <memory>
 #include <new>
 #include <sys/stat.h>
@@ -157,18 +156,14 @@ TEST_F(StoreFile, SavesKeepNoDescriptorOpen) {
         todos[i].description = std::to_string(i);
     writeFile("pindle_todo.db", todoFile(todos));
     Todos store;
-    auto descriptors = [] {
-        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
-                             std::filesystem::directory_iterator());
-    };
-    const auto before = descriptors();
+    const long before = openDescriptors();
     for (int i = 0; i < 4; i++) {
         store.at(0)->setDescription("edited"); // in place, through the journal
         store.save();
         store.remove(store.at(0)); // every record moves: a whole new file
         store.save();
     }
-    EXPECT_EQ(descriptors(), before);
+    EXPECT_EQ(openDescriptors(), before);
 }
 
 TEST_F(StoreFile, ListOperations) {

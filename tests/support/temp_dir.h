@@ -1,5 +1,5 @@
 // Test helper: runs each test in a fresh, private working directory (the stores use the current
-// directory) and writes whole files as bytes (store_helpers.h reads them).
+// directory), writes whole files as bytes (store_helpers.h reads them) and counts descriptors.
 #ifndef PINDLE_TEST_TEMP_DIR_H
 #define PINDLE_TEST_TEMP_DIR_H
 
@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <unistd.h>
 
@@ -31,6 +32,10 @@ protected:
         std::ofstream(name, std::ios::binary) << bytes;
     }
     static bool exists(const std::string& name) { return std::filesystem::exists(name); }
+    // How many descriptors this process holds open.
+    static long openDescriptors() {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    }
 
     std::filesystem::path dir_;
 
