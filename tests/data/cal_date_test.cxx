@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -49,12 +50,7 @@ TEST(CalDate, RoundTripAgainstAnIndependentCalendarWalk) {
 
 // clampDay only lowers, and months outside the table never lower the day.
 TEST(CalDate, DateButtonRules) {
-    struct Case {
-        CalDate (*rule)(CalDate, int);
-        CalDate from;
-        int n;
-        const char* expected;
-    } cases[] = {
+    const std::tuple<CalDate (*)(CalDate, int), CalDate, int, const char*> cases[] = {
         {CalDate::addDays, {2, 28, 2005}, 1, "3/1/2005"},
         {CalDate::addDays, {1, 1, 2006}, -1, "12/31/2005"},
         {CalDate::addMonths, {1, 31, 2005}, 1, "2/28/2005"},
@@ -67,8 +63,8 @@ TEST(CalDate, DateButtonRules) {
         {CalDate::addYears, {2, 29, 2004}, 1, "2/28/2005"},
         {CalDate::addYears, {2, 29, 2004}, 4, "2/29/2008"},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(text(c.rule(c.from, c.n)), c.expected) << text(c.from) << " " << c.n;
+    for (const auto& [rule, from, n, expected] : cases)
+        EXPECT_EQ(text(rule(from, n)), expected) << text(from) << " " << n;
     for (auto [from, clamped] : {std::pair<CalDate, const char*>{{2, 30, 1900}, "2/28/1900"},
                                  {{4, -3, 2005}, "4/-3/2005"},
                                  {{13, 31, 2005}, "13/31/2005"},

@@ -7,16 +7,13 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
 namespace {
 
 TEST(Utf8Text, CutsTextsOnlyBetweenCharacters) {
-    struct Case {
-        std::string text;
-        std::size_t room;
-        std::size_t fit;
-    };
-    const Case cases[] = {
+    // The text, the room for it, the bytes of it that fit.
+    const std::tuple<std::string, std::size_t, std::size_t> cases[] = {
         {"abc", 5, 3},                      // fits whole
         {"abcdef", 3, 3},                   // plain ASCII cut
         {"a\xC3\xA9z", 2, 1},               // "é" would be split
@@ -31,9 +28,9 @@ TEST(Utf8Text, CutsTextsOnlyBetweenCharacters) {
         {"a\xE0\x80\xAF", 2, 2},        // an overlong form is three characters, not one
         {"\xED\xA0\x80", 1, 1},         // so is a surrogate
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(Utf8Text::fitLength(c.text.data(), c.text.size(), c.room), c.fit)
-            << c.text << " in " << c.room;
+    for (const auto& [text, room, fit] : cases)
+        EXPECT_EQ(Utf8Text::fitLength(text.data(), text.size(), room), fit)
+            << text << " in " << room;
 }
 
 // Texts from elsewhere (a server) are made UTF-8 first, then cut as every field is.
@@ -42,18 +39,14 @@ TEST(Utf8Text, BoundedCopiesAndFitsEndOnACharacter) {
     FieldCodec::copyBounded(field, "ab\xC3\xA9", field + sizeof field);
     EXPECT_STREQ(field, "ab");
     const std::string euro = "\xe2\x82\xac";
-    struct Case {
-        std::string text;
-        std::size_t bytes;
-        std::string fitted;
-    } cases[] = {
+    const std::tuple<std::string, std::size_t, std::string> cases[] = {
         {euro + euro, 5, euro},
         {"\xe9t\xe9", 3, "\xc3\xa9t"},            // Latin-1 bytes become two each
         {"ok\xe2\x82", 50, "ok\xc3\xa2\xc2\x82"}, // a cut-off sequence is not UTF-8
         {"", 0, ""},
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(Utf8Text::fit(c.text, c.bytes), c.fitted) << c.text << " " << c.bytes;
+    for (const auto& [text, bytes, fitted] : cases)
+        EXPECT_EQ(Utf8Text::fit(text, bytes), fitted) << text << " " << bytes;
 }
 
 // The first and last code point of each length are kept as they are; the sequences next to
