@@ -18,6 +18,7 @@ if any state is other or lost."""
 
 import argparse
 import os
+import pathlib
 import random
 import re
 import shutil
@@ -179,11 +180,7 @@ def trace(driver, change, folder, log):
 
 
 def snapshot(folder):
-    out = {}
-    for name in os.listdir(folder):
-        with open(os.path.join(folder, name), "rb") as f:
-            out[name] = f.read()
-    return out
+    return {path.name: path.read_bytes() for path in pathlib.Path(folder).iterdir()}
 
 
 def show_states(driver, work, states):
@@ -197,8 +194,7 @@ def show_states(driver, work, states):
             shutil.rmtree(path, ignore_errors=True)
             os.mkdir(path)
             for name, data in state.items():
-                with open(os.path.join(path, name), "wb") as f:
-                    f.write(data)
+                pathlib.Path(path, name).write_bytes(data)
         result = subprocess.run([driver, "show", *folders], stdout=subprocess.PIPE,
                                 stderr=subprocess.DEVNULL)
         shown = result.stdout.split(b"--\n")[:-1]
