@@ -1,15 +1,12 @@
 // Fuzz target for saves in place: the input is a run of operations on one store, its first byte
 // choosing the to-do or the category store, then five bytes per operation (which one, and its
 // argument), every save held to the checks of the save sequence.
+#include "fuzz_check.h"
 #include "support/save_sequence.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <unistd.h>
 
 namespace {
 
@@ -19,25 +16,17 @@ void run(const std::uint8_t* data, std::size_t size, int maxCount, const char* f
     SaveSequence::Run<Store> sequence(maxCount);
     for (std::size_t i = 0; i + 5 <= size; i += 5) {
         const std::uint8_t* b = data + i + 1;
-        auto arg = std::uint32_t{b[0]} << 24 | std::uint32_t{b[1]} << 16 |
-                   std::uint32_t{b[2]} << 8 | b[3];
-        std::string failure = sequence.step(data[i], arg);
-        if (!failure.empty()) {
-            std::fprintf(stderr, "fuzz check failed: %s\n", failure.c_str());
-            std::abort(); // libFuzzer keeps the input as a finding
-        }
+        auto arg =
+            std::uint32_t{b[0]} << 24 | std::uint32_t{b[1]} << 16 | std::uint32_t{b[2]} << 8 | b[3];
+        const std::string failure = sequence.step(data[i], arg);
+        require(failure.empty(), failure.c_str());
     }
 }
 
 } // namespace
 
-// The stores use the current folder: a private one under TMPDIR, which scripts/fuzz.sh removes;
-// it gives libFuzzer its folders and inputs as absolute paths for that reason.
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    std::string folder = std::filesystem::temp_directory_path() / "pindle_fuzz_XXXXXX";
-    if (mkdtemp(folder.data()) == nullptr || chdir(folder.c_str()) != 0)
-        std::abort();
-    return 0;
+    return enterPrivateFolder();
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

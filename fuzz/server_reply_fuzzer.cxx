@@ -2,22 +2,14 @@
 // task inside it, and on its own as an iCalendar task. Whatever it holds, each task must land in
 // a record with every text valid UTF-8 within its field and a priority the list can show.
 #include "dav_xml.h"
+#include "fuzz_check.h"
 #include "server_todo.h"
 #include "utf8_text.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
 namespace {
-
-void require(bool ok, const char* what) {
-    if (ok)
-        return;
-    std::fprintf(stderr, "fuzz check failed: %s\n", what);
-    std::abort();
-}
 
 // Well-formed UTF-8 is what the reading as UTF-8 or Latin-1 keeps as it is.
 template <std::size_t N> void requireText(const char (&field)[N], std::size_t limit) {

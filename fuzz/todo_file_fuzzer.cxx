@@ -2,24 +2,14 @@
 // store: whatever "pindle_todo.db" holds loads as its whole records and saves as the records the
 // layout describes (numbers as read, each text up to its end, the notes cut to end inside the
 // record, zeros after them).
+#include "fuzz_check.h"
 #include "support/store_helpers.h"
 #include "todo_store.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
-#include <unistd.h>
 
 namespace {
-
-void require(bool ok, const char* what) {
-    if (ok)
-        return;
-    std::fprintf(stderr, "fuzz check failed: %s\n", what);
-    std::abort(); // libFuzzer keeps the input as a finding
-}
 
 std::int32_t number(const std::uint8_t* b) {
     return static_cast<std::int32_t>(std::uint32_t{b[0]} << 24 | std::uint32_t{b[1]} << 16 |
@@ -35,12 +25,8 @@ std::string text(const std::uint8_t* field, std::size_t most) {
 
 } // namespace
 
-// The stores use the current folder: a private one under TMPDIR, which scripts/fuzz.sh removes;
-// it gives libFuzzer its folders and inputs as absolute paths for that reason.
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    std::string folder = std::filesystem::temp_directory_path() / "pindle_fuzz_XXXXXX";
-    require(mkdtemp(folder.data()) != nullptr && chdir(folder.c_str()) == 0, "no private folder");
-    return 0;
+    return enterPrivateFolder();
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
