@@ -11,6 +11,7 @@
 #include <functional>
 #include <regex>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -48,12 +49,8 @@ TEST_F(SaveJournalTest, OnlyAWholeJournalIsCarriedOut) {
                whole.substr(std::min(whole.size(), at + bytes.size()));
     };
     enum Outcome { CarriedOut, ThrownAway, SetAside };
-    struct Case {
-        std::string what;
-        std::string bytes;
-        Outcome outcome;
-    };
-    std::vector<Case> cases = {
+    // What the journal holds, and what becomes of it.
+    std::vector<std::tuple<std::string, std::string, Outcome>> cases = {
         {"whole", whole, CarriedOut},
         {"zeros where the header was", std::string(whole.size(), '\0'), ThrownAway},
         {"a checksum that does not match", with(whole.size() - 1, "?"), ThrownAway},
@@ -69,26 +66,26 @@ TEST_F(SaveJournalTest, OnlyAWholeJournalIsCarriedOut) {
         {"a name that is no data file", with(15, "../etc/passw"), SetAside},
     };
     for (std::size_t cut = 0; cut < whole.size(); cut++)
-        cases.push_back({"cut at " + std::to_string(cut), whole.substr(0, cut), ThrownAway});
+        cases.emplace_back("cut at " + std::to_string(cut), whole.substr(0, cut), ThrownAway);
     struct Restore {
         ~Restore() { DataReport::setSink(nullptr); }
     } restore;
     DataReport::setSink(
         [](DataReport::Kind kind, const char* line) { said.emplace_back(kind, line); });
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const auto& [what, bytes, outcome] : cases) {
+        SCOPED_TRACE(what);
         said.clear();
         writeFile("pindle_todo.db", oldTodos);
         writeFile("cat.db", oldCategories);
         writeFile(".cat.db.new", newCategories);
-        writeFile(SaveJournal::kName, c.bytes);
+        writeFile(SaveJournal::kName, bytes);
         SaveJournal::recover();
-        EXPECT_EQ(readFile("pindle_todo.db"), c.outcome == CarriedOut ? "abXYZf" : oldTodos);
-        EXPECT_EQ(readFile("cat.db"), c.outcome == CarriedOut ? newCategories : oldCategories);
+        EXPECT_EQ(readFile("pindle_todo.db"), outcome == CarriedOut ? "abXYZf" : oldTodos);
+        EXPECT_EQ(readFile("cat.db"), outcome == CarriedOut ? newCategories : oldCategories);
         EXPECT_FALSE(exists(".cat.db.new"));
         EXPECT_FALSE(exists(SaveJournal::kName));
         ASSERT_EQ(said.size(), 1u);
-        if (c.outcome != SetAside) {
+        if (outcome != SetAside) {
             EXPECT_EQ(said[0].first, DataReport::Kind::Recovery);
             EXPECT_EQ(leftInFolder(), (std::vector<std::string>{"cat.db", "pindle_todo.db"}));
             continue;
@@ -100,7 +97,7 @@ TEST_F(SaveJournalTest, OnlyAWholeJournalIsCarriedOut) {
         EXPECT_TRUE(std::regex_match(
             left[0], std::regex(R"(\.pindle_save\.journal\.unreadable-\d{8}-\d{6})")))
             << left[0];
-        EXPECT_EQ(readFile(left[0]), c.bytes);
+        EXPECT_EQ(readFile(left[0]), bytes);
         EXPECT_NE(said[0].second.find(left[0]), std::string::npos) << said[0].second;
         std::filesystem::remove(left[0]);
     }

@@ -59,10 +59,7 @@ TEST_F(StoreFile, TodosLoadAsStoredAndSaveAsWritten) {
 }
 
 TEST_F(StoreFile, CategoriesLoadWholeRecordsWithTheirNamesEndedInside) {
-    struct Case {
-        std::string bytes;
-        std::vector<std::string> names;
-    } cases[] = {
+    const std::pair<std::string, std::vector<std::string>> cases[] = {
         {"", {}},
         {std::string(55, 'x'), {}},
         {categoryBytes("Home", false) + categoryBytes("Work") + "tail", {"Home", "Work"}},
@@ -70,12 +67,12 @@ TEST_F(StoreFile, CategoriesLoadWholeRecordsWithTheirNamesEndedInside) {
         {std::string(30, 'u') + '\x01' + std::string(21, 'u') + beInt(0),
          {std::string(30, 'u') + '\x01' + std::string(20, 'u')}},
     };
-    for (const auto& c : cases) {
-        writeFile("cat.db", c.bytes);
+    for (const auto& [bytes, loaded] : cases) {
+        writeFile("cat.db", bytes);
         Categories store;
-        EXPECT_EQ(names(store), c.names) << c.bytes.size();
+        EXPECT_EQ(names(store), loaded) << bytes.size();
         store.save();
-        EXPECT_TRUE(readFile("cat.db") == categoryFile(c.names)) << c.bytes.size();
+        EXPECT_TRUE(readFile("cat.db") == categoryFile(loaded)) << bytes.size();
     }
 }
 
@@ -146,9 +143,6 @@ TEST_F(StoreFileDeath, WhatCannotBeOpenedOrWrittenEndsASaveWithStatus200) {
     }
 }
 
-// Positions below zero give the first record, past the end null; removing a record not in the
-// list does nothing; removing, purging (any non-zero flag counts as done) and clearing keep the
-// rest in order and the links in step; an empty list saves as an empty file.
 // The window saves for as long as it is open: no save keeps a descriptor, in place or whole.
 TEST_F(StoreFile, SavesKeepNoDescriptorOpen) {
     std::vector<TodoFields> todos(8);
@@ -166,6 +160,9 @@ TEST_F(StoreFile, SavesKeepNoDescriptorOpen) {
     EXPECT_EQ(openDescriptors(), before);
 }
 
+// Positions below zero give the first record, past the end null; removing a record not in the
+// list does nothing; removing, purging (any non-zero flag counts as done) and clearing keep the
+// rest in order and the links in step; an empty list saves as an empty file.
 TEST_F(StoreFile, ListOperations) {
     writeFile("pindle_todo.db", todoFile({{}}));
     Todos store;
