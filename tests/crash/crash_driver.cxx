@@ -36,12 +36,6 @@ void prepare(int n) {
     std::ofstream("cat.db", std::ios::binary) << categoryFile({"Unassigned", "Work", "Home"});
 }
 
-CategoryRecord* newCategory(const char* name) {
-    auto* r = new CategoryRecord;
-    r->setName(name);
-    return r;
-}
-
 void reassign(Stores& s) {
     for (int i = 0; i < s.todos.count(); i++) {
         if (s.categories.find(s.todos.at(i)->category) == nullptr)

@@ -108,11 +108,10 @@ void actAndSave(Writer& w, const Action& a, const Picked& p) {
         break;
     case AddCategory:
     case Rename:
-        if (a.act == AddCategory || category == nullptr) {
-            category = new CategoryRecord;
-            w.categories.append(category);
-        }
-        category->setName(a.to);
+        if (a.act == Rename && category != nullptr)
+            category->setName(a.to);
+        else
+            w.categories.append(newCategory(a.to));
         break;
     case Delete:
         if (category != nullptr)

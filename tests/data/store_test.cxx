@@ -128,7 +128,7 @@ TEST_F(StoreFileDeath, WhatCannotBeOpenedOrWrittenEndsASaveWithStatus200) {
             if (place.failsToWrite)
                 place.make(name);
             todos.append(newTodo("keep"));
-            categories.append(new CategoryRecord);
+            categories.append(newCategory(""));
             auto save = [&] { std::string(name) == "cat.db" ? categories.save() : todos.save(); };
             const std::string failure = place.failsToWrite ? "could not write records!" : missing;
             EXPECT_EXIT(save(), testing::ExitedWithCode(200), "^" + failure + "\n$")

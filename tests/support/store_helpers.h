@@ -1,9 +1,10 @@
 // The data files' record layout for the C++ tests and fuzzers, built from the documented format
-// rather than the program's code, a to-do decoded from it, a new one, a store that frees its
+// rather than the program's code, a to-do decoded from it, new records, a store that frees its
 // records when a test ends, and whole files read as bytes.
 #ifndef PINDLE_TEST_STORE_HELPERS_H
 #define PINDLE_TEST_STORE_HELPERS_H
 
+#include "category_store.h"
 #include "todo_store.h"
 
 #include <cstdint>
@@ -66,13 +67,19 @@ inline std::string categoryBytes(const std::string& name, bool last = true) {
     return field(name, 52) + beInt(last ? 0 : 1);
 }
 
-// A new to-do for a store to take, as the window makes one.
+// A new to-do or category for a store to take, as the window makes them.
 inline TodoRecord* newTodo(const char* description, const char* category = "",
                            bool completed = false) {
     auto* r = new TodoRecord;
     r->completed = completed ? 1 : 0;
     r->setCategory(category);
     r->setDescription(description);
+    return r;
+}
+
+inline CategoryRecord* newCategory(const char* name) {
+    auto* r = new CategoryRecord;
+    r->setName(name);
     return r;
 }
 
