@@ -1,10 +1,6 @@
 // The UI test fixture: global store reloading, window lifetime, boxes and keys.
 #include "support/ui_fixture.h"
 
-#include <FL/Fl_Choice.H>
-#include <FL/Fl_Double_Window.H>
-#include <FL/Fl_Tabs.H>
-
 #include <cctype>
 #include <new>
 #include <utility>
@@ -105,8 +101,8 @@ void UiTest::switchTab() {
     win->tabs->do_callback();
 }
 
-std::vector<std::string> UiTest::lines(const Fl_Browser* browser) {
-    std::vector<std::string> out;
+Lines UiTest::lines(const Fl_Browser* browser) {
+    Lines out;
     for (int i = 1; i <= browser->size(); i++)
         out.emplace_back(browser->text(i));
     return out;

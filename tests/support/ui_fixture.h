@@ -1,6 +1,6 @@
 // In-process UI test fixture: reloads the real global stores from files written into a fresh
 // directory, builds the real main window, answers the real fl_ask/fl_alert boxes, and sends
-// keys through the toolkit as the X server would.
+// keys through the toolkit as the X server would. The windows' widgets come complete with it.
 #ifndef PINDLE_TEST_UI_FIXTURE_H
 #define PINDLE_TEST_UI_FIXTURE_H
 
@@ -10,12 +10,34 @@
 
 #include <FL/Fl.H>
 #include <FL/Fl_Browser.H>
+#include <FL/Fl_Button.H>
+#include <FL/Fl_Check_Button.H>
+#include <FL/Fl_Choice.H>
+#include <FL/Fl_Double_Window.H>
+#include <FL/Fl_Input.H>
+#include <FL/Fl_Output.H>
+#include <FL/Fl_Tabs.H>
+#include <FL/Fl_Text_Editor.H>
 
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+using Lines = std::vector<std::string>;
+
+// The date so many days from today, and a date as the window shows it ("2/29/2004").
+inline CalDate fromToday(int days) {
+    CalDate today{};
+    CalDate::today(today.month, today.day, today.year);
+    return CalDate::addDays(today, days);
+}
+inline std::string dateText(CalDate d) {
+    char buf[256];
+    CalDate::format(d.month, d.day, d.year, buf);
+    return buf;
+}
 
 class UiTest : public TempDirTest {
 protected:
@@ -38,8 +60,8 @@ protected:
     void press(Fl_Window* window, int key, std::string text = "", int state = 0);
 
     void switchTab();
-    static std::vector<std::string> lines(const Fl_Browser* browser);
-    std::vector<std::string> todoLines() const { return lines(win->todoBrowser); }
+    static Lines lines(const Fl_Browser* browser);
+    Lines todoLines() const { return lines(win->todoBrowser); }
     // Selects the filter entry with this text and runs the filter's callback.
     void filterBy(const char* text);
 

@@ -1,35 +1,15 @@
 // The to-do entry dialog driven through the main window: New, Edit, Save and Cancel, the date
 // buttons, and the limits of the description and the notes; the letters of every window.
-#include "cal_date.h"
-#include "support/store_helpers.h"
 #include "support/ui_fixture.h"
-
-#include <FL/Fl_Button.H>
-#include <FL/Fl_Check_Button.H>
-#include <FL/Fl_Choice.H>
-#include <FL/Fl_Double_Window.H>
-#include <FL/Fl_Input.H>
-#include <FL/Fl_Output.H>
-#include <FL/Fl_Text_Editor.H>
-#include <FL/Fl_Value_Input.H>
 
 namespace {
 
 using EntryDialogTest = UiTest;
 using Keyboard = UiTest;
 
-CalDate today() {
-    CalDate d{};
-    CalDate::today(d.month, d.day, d.year);
-    return d;
-}
-
 // The date fields and the weekday, as "2/28/2005 Monday".
 std::string shownEntryDate() {
-    CalDate d = entryDialog.shownDate();
-    char buf[256];
-    CalDate::format(d.month, d.day, d.year, buf);
-    return std::string(buf) + " " + entryDialog.weekdayOutput->value();
+    return dateText(entryDialog.shownDate()) + " " + entryDialog.weekdayOutput->value();
 }
 
 std::string notes() {
@@ -124,8 +104,9 @@ TEST_F(EntryDialogTest, NotesAreCutAndAFullDescriptionRunsOnIntoThem) {
     entryDialog.notesBuffer.text(std::string(40000, 'n').c_str());
     entryDialog.saveButton->do_callback();
     std::string saved = readFile("pindle_todo.db");
-    EXPECT_TRUE(saved == todoBytes({today().month, today().day, today().year, 0, 0, "",
-                                    std::string(50, 'D'), std::string(31999, 'n')}));
+    CalDate t = fromToday(0);
+    EXPECT_TRUE(saved == todoBytes({t.month, t.day, t.year, 0, 0, "", std::string(50, 'D'),
+                                    std::string(31999, 'n')}));
     std::string line = win->todoBrowser->text(1);
     EXPECT_EQ(line.size(), 255u);
     EXPECT_EQ(line.substr(line.rfind('\t') + 1, 52), std::string(50, 'D') + "nn");
@@ -203,8 +184,7 @@ TEST_F(EntryDialogTest, LimitedFieldsRefuseOnlyGrowthPastFiftyBytes) {
 // an earlier Edit left: a category gets any name typed, empty or not; a to-do today's date and
 // weekday, priority "1", not completed, no texts and the first category.
 TEST_F(Keyboard, LettersDriveEveryWindowAndNewStartsAfresh) {
-    CalDate t = today(), tomorrow = CalDate::addDays(t, 1);
-    CalDate in2 = CalDate::addDays(t, 2), week = CalDate::addDays(t, 8);
+    CalDate t = fromToday(0), tomorrow = fromToday(1), in2 = fromToday(2), week = fromToday(8);
     TodoFields alpha{1, 1, 2030, 0, 0, "Work", "alpha", ""};
     TodoFields old{tomorrow.month, tomorrow.day, tomorrow.year, 4, 1, "Work2", "old", "notes"};
     start(todoFile({alpha, old}), categoryFile({"Unassigned", "Work"}));

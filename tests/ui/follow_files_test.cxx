@@ -2,16 +2,7 @@
 // second, keeping the tab, the filter, "Show Completed" and the selections where they still
 // apply; the window's own saves cause no reload; a person's change goes to the to-dos and
 // categories as they are then, an edit of a to-do changed elsewhere kept beside that version.
-#include "support/store_helpers.h"
 #include "support/ui_fixture.h"
-
-#include <FL/Fl_Button.H>
-#include <FL/Fl_Check_Button.H>
-#include <FL/Fl_Choice.H>
-#include <FL/Fl_Double_Window.H>
-#include <FL/Fl_Input.H>
-#include <FL/Fl_Output.H>
-#include <FL/Fl_Tabs.H>
 
 #include <chrono>
 #include <sys/inotify.h>
@@ -19,7 +10,6 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
 using FollowFiles = UiTest;
 
 // The window must follow with inotify where a process can have it, and with the one-second

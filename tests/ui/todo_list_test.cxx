@@ -1,16 +1,7 @@
 // The main window: the start, the to-do lines and their order, the filter, the tab switch,
 // Delete and Purge with their questions, a category's Delete, and the browser's format codes
 // in names and descriptions, which no dialog refuses.
-#include "cal_date.h"
-#include "support/store_helpers.h"
 #include "support/ui_fixture.h"
-
-#include <FL/Fl_Button.H>
-#include <FL/Fl_Check_Button.H>
-#include <FL/Fl_Choice.H>
-#include <FL/Fl_Group.H>
-#include <FL/Fl_Output.H>
-#include <FL/Fl_Tabs.H>
 
 #include <climits>
 #include <fcntl.h>
@@ -18,20 +9,7 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
 using TodoList = UiTest;
-
-CalDate fromToday(int days) {
-    CalDate today{};
-    CalDate::today(today.month, today.day, today.year);
-    return CalDate::addDays(today, days);
-}
-
-std::string dateText(CalDate d) {
-    char buf[256];
-    CalDate::format(d.month, d.day, d.year, buf);
-    return buf;
-}
 
 TodoFields todo(CalDate due, int priority, const std::string& description,
                 const std::string& category = "Work", unsigned char completed = 0) {
