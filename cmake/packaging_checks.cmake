@@ -14,7 +14,7 @@ foreach(page pindle_todo pindle_export)
   set_tests_properties(man_page_${page} PROPERTIES FAIL_REGULAR_EXPRESSION ".")
 endforeach()
 add_test(NAME install_staged
-  COMMAND sh ${CMAKE_SOURCE_DIR}/tests/packaging/install_test.sh ${CMAKE_COMMAND}
+  COMMAND bash ${CMAKE_SOURCE_DIR}/tests/packaging/install_test.sh ${CMAKE_COMMAND}
           ${CMAKE_BINARY_DIR} ${pindle_app_id})
 add_test(NAME launcher_data_folder
   COMMAND sh ${CMAKE_SOURCE_DIR}/tests/packaging/launcher_test.sh
