@@ -44,14 +44,15 @@ launch_app() {
 
 records() { python3 -c "import sys; sys.path.insert(0, '$SUPPORT'); from records import *; $1"; }
 
-# The program's visible windows, one "id name" per line; question boxes and menus have no name.
-app_windows() {
+# The id of the program's first visible window with this title; question boxes and menus have
+# none.
+window_id() {
   local id
   for id in $(xdotool search --onlyvisible --pid "$APP_PID" 2>/dev/null || true); do
-    echo "$id $(xdotool getwindowname "$id" 2>/dev/null || true)"
+    [ "$(xdotool getwindowname "$id" 2>/dev/null || true)" = "$1" ] && echo "$id" && return
   done
+  return 1
 }
-window_id() { app_windows | awk -v name="$1" '{ id = $1; sub(/^[0-9]+ ?/, "") } $0 == name { print id; exit }' | grep .; }
 # The id of the window with this title ("" for a question box or a menu) once it is shown.
 wait_window() { poll window_id "$1" >/dev/null || fail "no window '$1'"; window_id "$1"; }
 wait_gone() { poll eval "! window_id '$1' >/dev/null" || fail "window '$1' stayed"; }
