@@ -154,6 +154,9 @@ class SyncCases(ServerCase):
         self.change_there("B", SUMMARY="B changed there")
         self.there("C").delete()
         folder.write([todo(b"A here", b"a"), todo(b"C changed here", b"c")])
+        self.assertEqual(self.sync(folder, "--dry-run").stdout.decode().splitlines(), [
+            'both sides changed "A here": keeping both', 'down: new "A on the phone"',
+            'down: new "B changed there"', 'up: new "A here"', 'up: new "C changed here"'])
         self.assertIn(b"1 kept twice", self.sync(folder).stdout)
         self.assertEqual([t.description for t in folder.todos()],
                          [b"A here", b"C changed here", b"A on the phone", b"B changed there"])
