@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -38,22 +39,11 @@ std::string repeated(const std::string& text, int times) {
 }
 
 TEST(IcalText, EveryTextComesBackAsItWent) {
-    std::vector<std::string> texts = {"Work, home; misc",
-                                      "back\\slash",
-                                      "a\\,b",
-                                      "x\\",
-                                      ",",
-                                      ";;",
-                                      "trail,",
-                                      "notes end in a space ",
-                                      "  both ends  ",
-                                      "\tTab\tedges\t",
-                                      "line\nbreak\n",
-                                      "\n\nblank lines\n\n",
-                                      "\"quoted\":colon",
-                                      "caf\xc3\xa9 \xe2\x82\xac \xf0\x9f\x98\x80",
-                                      "#0",
-                                      ""};
+    std::vector<std::string> texts({"Work, home; misc", "back\\slash", "a\\,b", "x\\", ",", ";;",
+                                    "trail,", "notes end in a space ", "  both ends  ",
+                                    "\tTab\tedges\t", "line\nbreak\n", "\n\nblank lines\n\n",
+                                    "\"quoted\":colon", "caf\xc3\xa9 \xe2\x82\xac \xf0\x9f\x98\x80",
+                                    "#0", ""});
     // Characters of two, three and four bytes at every offset from the fold.
     for (const char* character : {"\xc3\xa9", "\xe2\x82\xac", "\xf0\x9f\x98\x80"}) {
         for (int offset = 0; offset < 4; offset++)
