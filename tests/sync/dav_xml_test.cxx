@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -34,14 +35,10 @@ TEST(DavXml, ReadsResponsesByNamespaceNotPrefix) {
         ASSERT_TRUE(DavXml::parseMultistatus(body, listing, error)) << error;
         EXPECT_EQ(listing.syncToken, "t1");
         ASSERT_EQ(listing.resources.size(), 2u) << body;
-        const DavResource& a = listing.resources[0];
-        EXPECT_EQ(a.href, "/c/a.ics");
-        EXPECT_EQ(a.status, 200);
-        EXPECT_EQ(a.etag, "\"e1\"");
-        EXPECT_TRUE(a.hasData);
-        EXPECT_EQ(a.calendarData, "BEGIN:X");
-        EXPECT_EQ(listing.resources[1].status, 404);
-        EXPECT_FALSE(listing.resources[1].hasData);
+        const DavResource &a = listing.resources[0], &b = listing.resources[1];
+        EXPECT_EQ(std::tie(a.href, a.status, a.etag, a.hasData, a.calendarData),
+                  std::make_tuple("/c/a.ics", 200, "\"e1\"", true, "BEGIN:X"));
+        EXPECT_EQ(std::tie(b.status, b.hasData), std::make_tuple(404, false));
     }
 }
 
