@@ -3,28 +3,23 @@
 // description, its notes the same; '*' is a new to-do with its own date, priority and category,
 // '+' one with its own date and priority) and where each old one was found.
 #include "local_matcher.h"
+#include "support/store_helpers.h"
 
 #include <gtest/gtest.h>
 
 #include <cctype>
+#include <numeric>
 #include <string>
 #include <vector>
 
 namespace {
 
 RecordDigest digestOf(char letter) {
-    TodoRecord r;
     bool fresh = letter == '*' || letter == '+';
-    r.month = fresh ? 7 : 3;
-    r.day = 1;
-    r.year = 2030;
-    r.priority = fresh ? 4 : 0;
-    char text[2] = {letter, '\0'};
-    char notes[2] = {static_cast<char>(std::toupper(static_cast<unsigned char>(letter))), '\0'};
-    r.setCategory(letter == '*' ? "Work" : "Unassigned");
-    r.setDescription(text);
-    r.setNotes(notes);
-    return RecordDigest::of(r);
+    std::string notes(1, static_cast<char>(std::toupper(static_cast<unsigned char>(letter))));
+    return RecordDigest::of(
+        *todoRecord({fresh ? 7 : 3, 1, 2030, fresh ? 4 : 0, 0,
+                     letter == '*' ? "Work" : "Unassigned", std::string(1, letter), notes}));
 }
 
 std::vector<RecordDigest> digests(const std::string& letters) {
@@ -73,16 +68,13 @@ TEST(LocalMatcher, PairsAHugeGapInOrder) {
         return out;
     };
     std::vector<RecordDigest> last = numbered("old ", 1001), now = numbered("new ", 1000);
-    std::vector<int> atEnd(1001, -1);
-    EXPECT_EQ(LocalMatcher::match(last, now), atEnd);
+    EXPECT_EQ(LocalMatcher::match(last, now), std::vector<int>(1001, -1));
     last.push_back(digestOf('Z'));
     now.push_back(digestOf('Z'));
-    std::vector<int> found = LocalMatcher::match(last, now);
-    ASSERT_EQ(found.size(), 1002u);
-    for (int i = 0; i < 1000; i++)
-        ASSERT_EQ(found[i], i);
-    EXPECT_EQ(found[1000], -1);
-    EXPECT_EQ(found[1001], 1000);
+    std::vector<int> inOrder(1000);
+    std::iota(inOrder.begin(), inOrder.end(), 0);
+    inOrder.insert(inOrder.end(), {-1, 1000});
+    EXPECT_EQ(LocalMatcher::match(last, now), inOrder);
 }
 
 } // namespace
