@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -30,11 +31,8 @@ Parsed parse(std::vector<const char*> args) {
 }
 
 TEST(CommandLine, ReadsValuesAndFlagsTheWayGetoptDoes) {
-    const struct {
-        std::vector<const char*> args;
-        const char *format, *dir;
-        bool dryRun, allowHttp;
-    } cases[] = {
+    // The arguments, then the format, the directory and the two flags they give.
+    const std::tuple<std::vector<const char*>, const char*, const char*, bool, bool> cases[] = {
         {{"--format", "csv", "--dir=/tmp"}, "csv", "/tmp", false, false},
         {{"--format=ics", "--format", "json"}, "json", "", false, false}, // the last one wins
         {{"--form", "csv", "--dr", "--al"}, "csv", "", true, true},       // unambiguous starts
@@ -42,22 +40,16 @@ TEST(CommandLine, ReadsValuesAndFlagsTheWayGetoptDoes) {
         {{"--dir="}, "", "", false, false},
         {{}, "", "", false, false},
     };
-    for (const auto& c : cases) {
-        Parsed p = parse(c.args);
-        EXPECT_TRUE(p.ok) << p.error;
-        EXPECT_EQ(p.format, c.format);
-        EXPECT_EQ(p.dir, c.dir);
-        EXPECT_EQ(p.dryRun, c.dryRun);
-        EXPECT_EQ(p.allowHttp, c.allowHttp);
-        EXPECT_FALSE(p.help);
+    for (const auto& [args, format, dir, dryRun, allowHttp] : cases) {
+        Parsed p = parse(args);
+        EXPECT_TRUE(p.ok && !p.help) << p.error;
+        EXPECT_EQ(std::tie(p.format, p.dir, p.dryRun, p.allowHttp),
+                  std::tie(format, dir, dryRun, allowHttp));
     }
 }
 
 TEST(CommandLine, SaysWhatIsWrongUnlessHelpIsAsked) {
-    const struct {
-        std::vector<const char*> args;
-        const char* error;
-    } cases[] = {
+    const std::pair<std::vector<const char*>, const char*> cases[] = {
         {{"--format"}, "option --format needs a value"},
         {{"--formats=csv"}, "unknown option '--formats=csv'"},
         {{"--=csv"}, "unknown option '--=csv'"}, // no name at all, not a start of each
@@ -68,14 +60,14 @@ TEST(CommandLine, SaysWhatIsWrongUnlessHelpIsAsked) {
         {{"--", "--format", "csv"}, "unexpected argument '--format'"},
         {{"stray", "--bad"}, "unknown option '--bad'"}, // options are read before the rest
     };
-    for (const auto& c : cases) {
-        Parsed p = parse(c.args);
+    for (const auto& [args, error] : cases) {
+        Parsed p = parse(args);
         EXPECT_FALSE(p.ok);
-        EXPECT_EQ(p.error, c.error);
-        std::vector<const char*> asking = c.args;
-        asking.insert(asking.begin(), c.args.size() % 2 ? "-h" : "--help");
+        EXPECT_EQ(p.error, error);
+        std::vector<const char*> asking = args;
+        asking.insert(asking.begin(), args.size() % 2 ? "-h" : "--help");
         p = parse(asking);
-        EXPECT_TRUE(p.ok && p.help && p.error.empty()) << c.error;
+        EXPECT_TRUE(p.ok && p.help && p.error.empty()) << error;
     }
     EXPECT_TRUE(parse({"-xh"}).help) << "short options run together";
     EXPECT_TRUE(parse({"--dir", "x", "stray", "--help"}).help) << "after a stray argument";
