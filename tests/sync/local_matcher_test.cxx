@@ -10,31 +10,25 @@
 #include <cctype>
 #include <numeric>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
 
-RecordDigest digestOf(char letter) {
-    bool fresh = letter == '*' || letter == '+';
-    std::string notes(1, static_cast<char>(std::toupper(static_cast<unsigned char>(letter))));
-    return RecordDigest::of(
-        *todoRecord({fresh ? 7 : 3, 1, 2030, fresh ? 4 : 0, 0,
-                     letter == '*' ? "Work" : "Unassigned", std::string(1, letter), notes}));
-}
-
 std::vector<RecordDigest> digests(const std::string& letters) {
     std::vector<RecordDigest> out;
-    for (char c : letters)
-        out.push_back(digestOf(c));
+    for (char letter : letters) {
+        bool fresh = letter == '*' || letter == '+';
+        std::string notes(1, static_cast<char>(std::toupper(static_cast<unsigned char>(letter))));
+        out.push_back(RecordDigest::of(
+            *todoRecord({fresh ? 7 : 3, 1, 2030, fresh ? 4 : 0, 0,
+                         letter == '*' ? "Work" : "Unassigned", std::string(1, letter), notes})));
+    }
     return out;
 }
 
 TEST(LocalMatcher, FindsEachOldToDoOrItsGap) {
-    struct Case {
-        const char* last;
-        const char* now;
-        std::vector<int> found;
-    } cases[] = {
+    const std::tuple<const char*, const char*, std::vector<int>> cases[] = {
         {"ABC", "ABC", {0, 1, 2}},
         {"", "AB", {}},
         {"AB", "", {-1, -1}},
@@ -50,9 +44,8 @@ TEST(LocalMatcher, FindsEachOldToDoOrItsGap) {
         {"ABCDE", "BCDEA", {-1, 0, 1, 2, 3}}, // never reordered: A at the end is another
         {"ABC", "*AC", {1, -1, 2}},           // B deleted, one new in front: A and C unchanged
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(LocalMatcher::match(digests(c.last), digests(c.now)), c.found)
-            << c.last << " -> " << c.now;
+    for (const auto& [last, now, found] : cases)
+        EXPECT_EQ(LocalMatcher::match(digests(last), digests(now)), found) << last << " -> " << now;
 }
 
 // A gap too large to align (1,001 old by 1,000 new) pairs its to-dos in order, as the small
@@ -69,8 +62,8 @@ TEST(LocalMatcher, PairsAHugeGapInOrder) {
     };
     std::vector<RecordDigest> last = numbered("old ", 1001), now = numbered("new ", 1000);
     EXPECT_EQ(LocalMatcher::match(last, now), std::vector<int>(1001, -1));
-    last.push_back(digestOf('Z'));
-    now.push_back(digestOf('Z'));
+    last.push_back(digests("Z")[0]);
+    now.push_back(digests("Z")[0]);
     std::vector<int> inOrder(1000);
     std::iota(inOrder.begin(), inOrder.end(), 0);
     inOrder.insert(inOrder.end(), {-1, 1000});
