@@ -12,10 +12,8 @@
 namespace {
 
 struct Parsed {
-    std::string format, dir;
-    bool dryRun = false, allowHttp = false, help = false;
-    std::string error;
-    bool ok = false;
+    std::string format, dir, error;
+    bool dryRun = false, allowHttp = false, help = false, ok = false;
 };
 
 Parsed parse(std::vector<const char*> args) {
