@@ -62,11 +62,14 @@ TEST(LocalMatcher, PairsAHugeGapInOrder) {
     };
     std::vector<RecordDigest> last = numbered("old ", 1001), now = numbered("new ", 1000);
     EXPECT_EQ(LocalMatcher::match(last, now), std::vector<int>(1001, -1));
-    last.push_back(digests("Z")[0]);
-    now.push_back(digests("Z")[0]);
+    // Two unchanged at the end anchor it: each found where it is.
+    for (const RecordDigest& d : digests("YZ")) {
+        last.push_back(d);
+        now.push_back(d);
+    }
     std::vector<int> inOrder(1000);
     std::iota(inOrder.begin(), inOrder.end(), 0);
-    inOrder.insert(inOrder.end(), {-1, 1000});
+    inOrder.insert(inOrder.end(), {-1, 1000, 1001});
     EXPECT_EQ(LocalMatcher::match(last, now), inOrder);
 }
 
