@@ -141,11 +141,11 @@ class Settings(fx.ServerCase, unittest.TestCase):
             ('user = "alice"\nurl = "ftp://dav.example.com/t/"\n',
              "line 2: the URL must start with https://"),
             ('url = "https://dav.example.com/t/"\n', "give the user name with --user, or user"),
-            ('url = "https://x/"\nuser = "a"\npassword = "wallet"\n',
+            ('url = "https://x/"\nuser = "a"\npassword = "file:"\n',
              'line 3: password must be "keyring", "environment", "netrc" or "file:PATH"'),
             ('url = "https://x/"\nuser = "a"\nallow_http = "yes"\n',
              "line 3: allow_http must be true or false"),
-            ('url = 5\nuser = "a"\n', "line 1: url must be text in quotes"),
+            ('password = "file:x"\nurl = 5\nuser = "a"\n', "line 2: url must be text in quotes"),
         ]
         for text, reason in cases:
             with self.subTest(text=text):
