@@ -185,8 +185,13 @@ class HostileReplies(unittest.TestCase):
         for status, listed in ((400, True), (403, True), (405, True), (501, True), (500, False)):
             with self.subTest(status=status):
                 self.serve(sync_collection_status=status)
+                before = Hostile.requests
                 result = self.sync(multistatus(vtodo(b"UID:a", b"SUMMARY:Listed by ETag")))
                 self.assertEqual(result.returncode, 0 if listed else 1, result.stderr)
+                # An error ends the sync there, naming the request it answered.
+                refused = b"pindle_sync: the server answered 500 to the sync REPORT\n"
+                self.assertEqual((result.stderr, Hostile.requests - before),
+                                 (b"", 3) if listed else (refused, 1))
                 self.assertEqual(result.stdout, b"pindle_sync: sent 0 new, 0 changed, 0 deleted; "
                                  b"received 1 new, 0 changed, 0 deleted; 0 kept twice; "
                                  b"3 requests, 0 writes\n" if listed else b"")
