@@ -7,7 +7,6 @@ set(pindle_sync_sources
   src/sync/dav_client.cxx
   src/sync/dav_xml.cxx
   src/sync/local_matcher.cxx
-  src/sync/private_file.cxx
   src/sync/progress.cxx
   src/sync/record_digest.cxx
   src/sync/keyring.cxx
@@ -42,7 +41,6 @@ if(PINDLE_BUILD_TESTS)
     tests/sync/local_matcher_test.cxx
     tests/sync/dav_client_test.cxx
     tests/sync/dav_xml_test.cxx
-    tests/sync/private_file_test.cxx
     tests/sync/task_writer_test.cxx)
   target_include_directories(sync_tests PRIVATE tests)
   target_link_libraries(sync_tests PRIVATE pindle_sync_core GTest::gtest_main)
