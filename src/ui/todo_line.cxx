@@ -1,8 +1,7 @@
-// The to-do list's line texts and ordering.
+// The to-do list's line texts.
 #include "todo_line.h"
 
 #include "browser_text.h"
-#include "cal_date.h"
 #include "todo_store.h"
 
 #include <algorithm>
@@ -47,12 +46,6 @@ struct LineWriter {
 };
 } // namespace
 
-Form formOf(const TodoRecord& record, int dayNumber, int todayNumber) {
-    if (record.completed != 0)
-        return Form::Completed;
-    return dayNumber < todayNumber ? Form::Overdue : Form::Plain;
-}
-
 // Built by hand rather than with snprintf, which took half of a list rebuild.
 void format(const TodoRecord& record, Form form, char* line) {
     const char* codes = codesFor(form);
@@ -75,19 +68,6 @@ void format(const TodoRecord& record, Form form, char* line) {
     out.put(record.description);
     *out.at = '\0';
     BrowserText::guard(line, kLineSize, kSplitTabs);
-}
-
-int dayNumberOf(const TodoRecord& record) {
-    return CalDate::dayNumber(record.month, record.day, record.year);
-}
-
-void sortForList(std::vector<Listed>& listed) {
-    std::reverse(listed.begin(), listed.end());
-    std::stable_sort(listed.begin(), listed.end(), [](const Listed& a, const Listed& b) {
-        if (a.dayNumber != b.dayNumber)
-            return a.dayNumber < b.dayNumber;
-        return a.priority < b.priority;
-    });
 }
 
 } // namespace TodoLine
