@@ -9,7 +9,7 @@ add_library(pindle_calendar STATIC
 target_include_directories(pindle_calendar PUBLIC src/calendar)
 target_link_libraries(pindle_calendar PUBLIC pindle_data PkgConfig::LIBICAL)
 
-add_library(pindle_cli STATIC src/cli/command_line.cxx)
+add_library(pindle_cli STATIC src/cli/command_line.cxx src/cli/folder_check.cxx)
 target_include_directories(pindle_cli PUBLIC src/cli)
 
 if(PINDLE_BUILD_TESTS)

@@ -9,7 +9,7 @@ target_include_directories(pindle_export_core PUBLIC src/export)
 target_link_libraries(pindle_export_core PUBLIC pindle_calendar PRIVATE pindle_cli)
 
 add_executable(pindle_export src/export/main.cxx)
-target_link_libraries(pindle_export PRIVATE pindle_export_core)
+target_link_libraries(pindle_export PRIVATE pindle_export_core pindle_cli)
 
 if(PINDLE_BUILD_TESTS)
   file(GLOB export_test_sources CONFIGURE_DEPENDS tests/export/*.cxx)
