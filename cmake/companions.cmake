@@ -1,7 +1,8 @@
-# The command-line companions, pindle_export and pindle_sync, and the libraries they need:
-# libical, libcurl, pugixml, nlohmann-json, libsecret (the desktop's keyring) and toml++ (the
-# sync's settings file). Without them the program is built alone, with a
-# note saying so; the test suites need the companions, so there the libraries are required.
+# The command-line companions, pindle_export, pindle_sync and pindle_remind, and the libraries
+# they need: libical, libcurl, pugixml, nlohmann-json, libsecret (the desktop's keyring), toml++
+# (the sync's settings file) and GIO (the reminder's D-Bus). Without them the program is built
+# alone, with a note saying so; the test suites need the companions, so there the libraries are
+# required.
 include(GNUInstallDirs)
 if(PINDLE_BUILD_TESTS)
   set(companion_need REQUIRED)
@@ -13,6 +14,7 @@ if(PkgConfig_FOUND)
   pkg_check_modules(PUGIXML ${companion_need} IMPORTED_TARGET pugixml)
   pkg_check_modules(LIBSECRET ${companion_need} IMPORTED_TARGET libsecret-1)
   pkg_check_modules(TOMLPLUSPLUS ${companion_need} IMPORTED_TARGET tomlplusplus)
+  pkg_check_modules(GIO ${companion_need} IMPORTED_TARGET gio-2.0)
 endif()
 find_package(nlohmann_json 3 ${companion_need} QUIET)
 if(LIBICAL_FOUND AND LIBCURL_FOUND AND PUGIXML_FOUND AND nlohmann_json_FOUND AND LIBSECRET_FOUND
@@ -20,6 +22,11 @@ if(LIBICAL_FOUND AND LIBCURL_FOUND AND PUGIXML_FOUND AND nlohmann_json_FOUND AND
   include(cmake/calendar.cmake)
   include(cmake/export.cmake)
   include(cmake/sync.cmake)
+  if(GIO_FOUND)
+    include(cmake/remind.cmake)
+  else()
+    message(STATUS "pindle_remind is not built: GIO is missing (libglib2.0-dev)")
+  endif()
 else()
   message(STATUS "pindle_export and pindle_sync are not built: libical, libcurl, pugixml, "
                  "nlohmann-json, libsecret or toml++ is missing (scripts/install-deps.sh "

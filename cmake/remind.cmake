@@ -1,0 +1,30 @@
+# pindle_remind: announces the due to-dos on the desktop through the notification service on the
+# session bus (GDBus, in GIO). The classes form a library of their own so that the unit tests
+# drive them without the command line; it links the data layer and the command line, never the
+# interface or another companion.
+add_library(pindle_remind_core STATIC
+  src/remind/announced_today.cxx
+  src/remind/desktop_notifier.cxx
+  src/remind/due_list.cxx
+  src/remind/notification_text.cxx
+  src/remind/remind_options.cxx
+  src/remind/window_start.cxx)
+target_include_directories(pindle_remind_core PUBLIC src/remind)
+target_link_libraries(pindle_remind_core PUBLIC pindle_data PkgConfig::GIO PRIVATE pindle_cli
+                      nlohmann_json::nlohmann_json)
+
+add_executable(pindle_remind src/remind/main.cxx)
+target_link_libraries(pindle_remind PRIVATE pindle_remind_core pindle_cli)
+install(TARGETS pindle_remind RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES packaging/pindle_remind.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+
+if(PINDLE_BUILD_TESTS)
+  add_executable(remind_tests tests/remind/remind_test.cxx)
+  target_include_directories(remind_tests PRIVATE tests)
+  target_link_libraries(remind_tests PRIVATE pindle_remind_core GTest::gtest_main)
+  gtest_discover_tests(remind_tests DISCOVERY_MODE PRE_TEST)
+  add_test(NAME man_page_pindle_remind
+    COMMAND sh -c "MANWIDTH=80 man --warnings -l \"$1\" 2>&1 >/dev/null" sh
+            ${CMAKE_SOURCE_DIR}/packaging/pindle_remind.1)
+  set_tests_properties(man_page_pindle_remind PROPERTIES FAIL_REGULAR_EXPRESSION ".")
+endif()
