@@ -1,7 +1,8 @@
 #!/bin/bash
 # Installs the build into a DESTDIR staging folder and checks that every installed file is
-# there, the programs and launcher executable, the icon a 48x48 PNG, and the sync's systemd
-# user units as systemd-analyze verifies them (run on the staged program and manual page).
+# there, the programs and launcher executable, the icon a 48x48 PNG, and the sync's and the
+# reminder's systemd user units as systemd-analyze verifies them (run on the staged programs
+# and manual pages).
 # Usage: install_test.sh CMAKE BUILD_DIR APP_ID
 set -eu
 cmake=$1 build=$2 app_id=$3
@@ -11,13 +12,13 @@ trap 'rm -rf "$stage"' EXIT
 DESTDIR=$stage "$cmake" --install "$build" --prefix /usr/local >/dev/null
 root=$stage/usr/local
 status=0
-for f in bin/pindle_{todo,todo-launcher,export,sync}; do
+for f in bin/pindle_{todo,todo-launcher,export,sync,remind}; do
   [ -x "$root/$f" ] || { echo "missing or not executable: $f"; status=1; }
 done
 for f in share/{applications/$app_id.desktop,metainfo/$app_id.metainfo.xml} \
          share/icons/hicolor/{scalable/apps/pindle_todo.svg,48x48/apps/pindle_todo.png} \
-         share/man/man1/pindle_{todo,export,sync}.1 \
-         lib/systemd/user/pindle-sync{.service,.timer,.path,-soon.timer}; do
+         share/man/man1/pindle_{todo,export,sync,remind}.1 \
+         lib/systemd/user/pindle-{sync,remind}{.service,.timer,.path,-soon.timer}; do
   [ -s "$root/$f" ] || { echo "missing or empty: $f"; status=1; }
 done
 png=$root/share/icons/hicolor/48x48/apps/pindle_todo.png
