@@ -30,6 +30,11 @@ if(PINDLE_BUILD_TESTS)
   target_include_directories(remind_tests PRIVATE tests)
   target_link_libraries(remind_tests PRIVATE pindle_remind_core GTest::gtest_main)
   gtest_discover_tests(remind_tests DISCOVERY_MODE PRE_TEST)
+  # Against dunst on a display and a session bus of the test's own.
+  add_test(NAME remind_desktop
+    COMMAND ${PINDLE_SYSTEM_PYTHON} ${CMAKE_SOURCE_DIR}/tests/remind/desktop_test.py
+            $<TARGET_FILE:pindle_remind>)
+  set_tests_properties(remind_desktop PROPERTIES TIMEOUT 300)
   add_test(NAME man_page_pindle_remind
     COMMAND sh -c "MANWIDTH=80 man --warnings -l \"$1\" 2>&1 >/dev/null" sh
             ${CMAKE_SOURCE_DIR}/packaging/pindle_remind.1)

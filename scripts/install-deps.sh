@@ -2,23 +2,23 @@
 # Installs the Debian packages a part of the project needs, only those that are missing.
 # usage: install-deps.sh [--companions] [--tests] [PACKAGE...]
 #   alone: what building the program takes (compiler, CMake, FLTK, the xxHash header)
-#   --companions: also the libraries of pindle_export and pindle_sync (libical, libcurl, pugixml,
-#                 nlohmann-json, libsecret, toml++)
+#   --companions: also the libraries of pindle_export, pindle_sync and pindle_remind (libical,
+#                 libcurl, pugixml, nlohmann-json, libsecret, toml++, GIO)
 #   --tests: the companions' libraries and what the test suites run (GoogleTest, Xvfb and
 #            xdotool, xclip, Python, validators, the Radicale and Xandikos CalDAV servers, openssl
 #            for a server's own certificate, the caldav client, strace for the calls a save
 #            makes, e2fsprogs for a small file system to fill, a D-Bus session with gnome-keyring
-#            and secret-tool, systemd-analyze for the units)
+#            and secret-tool, systemd-analyze for the units, dunst for a notification service)
 #   PACKAGE...: anything more a script of its own needs (clang for fuzzing, ...)
 set -euo pipefail
 
 packages=(cmake g++ make libfltk1.3-dev libxxhash-dev)
 companions=(pkg-config libcurl4-openssl-dev libical-dev libpugixml-dev nlohmann-json3-dev
-            libsecret-1-dev libtomlplusplus-dev)
+            libsecret-1-dev libtomlplusplus-dev libglib2.0-dev)
 tests=(libgtest-dev libgmock-dev xvfb xauth xdotool x11-apps x11-utils imagemagick
        desktop-file-utils appstream man-db groff-base librsvg2-bin
        python3 python3-icalendar radicale xandikos openssl python3-caldav e2fsprogs xclip strace
-       dbus gnome-keyring libsecret-tools systemd)
+       dbus gnome-keyring libsecret-tools systemd dunst)
 while [ $# -gt 0 ]; do
   case $1 in
   --companions) packages+=("${companions[@]}") ;;
