@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Checks the Debian package as a user gets it, on a machine it may install to and purge from
 # (CI's brand-new one): it builds, lintian finds no error and no warning, "apt install ./....deb"
-# installs it, its autopkgtest passes against the installed package, and a purge leaves no file
-# behind. Refuses to run where pindle-todo is already known to dpkg.
+# installs it with its systemd user units left off, its autopkgtest passes against the installed
+# package, and a purge leaves no file behind. Refuses to run where pindle-todo is already known
+# to dpkg.
 # usage: check-package.sh [--no-install]     (as root)
 #   --no-install: only the build and lintian, for a machine that is not to be changed (no root)
 set -euo pipefail
@@ -47,6 +48,14 @@ before=$(snapshot)
 apt_get install "$deb"
 installed=$(dpkg -L pindle-todo | grep -vx "/\.")
 took
+
+echo "== the sync's and the reminder's systemd user units are shipped, none enabled"
+units=$(grep -c '^/usr/lib/systemd/user/pindle-' <<<"$installed")
+[ "$units" -eq 8 ] || { echo "check-package.sh: $units user units shipped, not 8" >&2; exit 1; }
+if ls /etc/systemd/user/*/pindle-* 2>/dev/null; then
+  echo "check-package.sh: user units enabled for every account" >&2
+  exit 1
+fi
 
 echo "== autopkgtest against the installed package"
 autopkgtest "$deb" "$PWD/" -- null
