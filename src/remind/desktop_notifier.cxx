@@ -11,13 +11,9 @@ constexpr const char* kService = "org.freedesktop.Notifications";
 constexpr const char* kPath = "/org/freedesktop/Notifications";
 // A service started on demand by the bus may take a while to come up.
 constexpr int kCallTimeoutMs = 25000;
-// "default" is what a click on the notification invokes; "open" is drawn as a button where the
-// service draws them.
-constexpr const char* kOpenKeys[] = {"default", "open"};
-
-bool isOpenKey(const gchar* key) {
-    return std::strcmp(key, kOpenKeys[0]) == 0 || std::strcmp(key, kOpenKeys[1]) == 0;
-}
+// The default action, which a click on the notification invokes; services that list actions
+// show it as "Open".
+constexpr const char* kOpenKey = "default";
 
 std::string reason(GError* error) {
     g_dbus_error_strip_remote_error(error);
@@ -77,10 +73,8 @@ bool DesktopNotifier::send(const NotificationText& text, std::string& error) {
                                            G_DBUS_SIGNAL_FLAGS_NONE, onSignal, this, nullptr);
     GVariantBuilder actions;
     g_variant_builder_init(&actions, G_VARIANT_TYPE("as"));
-    for (const char* key : kOpenKeys) {
-        if (!actions_)
-            break;
-        g_variant_builder_add(&actions, "s", key);
+    if (actions_) {
+        g_variant_builder_add(&actions, "s", kOpenKey);
         g_variant_builder_add(&actions, "s", "Open");
     }
     GVariantBuilder hints;
@@ -141,7 +135,7 @@ void DesktopNotifier::answered(const gchar* signal, GVariant* parameters) {
         g_variant_is_of_type(parameters, G_VARIANT_TYPE("(us)"))) {
         const gchar* key = nullptr;
         g_variant_get(parameters, "(u&s)", &id, &key);
-        if (id != id_ || !isOpenKey(key))
+        if (id != id_ || std::strcmp(key, kOpenKey) != 0)
             return;
         answer_ = Answer::Open;
     } else if (std::strcmp(signal, "NotificationClosed") == 0 &&
