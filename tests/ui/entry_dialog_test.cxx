@@ -1,6 +1,7 @@
 // The to-do entry dialog driven through the main window: New, Edit, Save and Cancel, the date
 // buttons, and the limits of the description and the notes; the letters of every window.
 #include "support/ui_fixture.h"
+#include "text_cursor.h"
 
 namespace {
 
@@ -140,11 +141,11 @@ TEST_F(EntryDialogTest, LimitedFieldsRefuseOnlyGrowthPastFiftyBytes) {
             input->value(std::string(static_cast<std::size_t>(length), 'd').c_str());
             window->show();
             Fl::focus(input);
-            input->position(length);
+            TextCursor::place(*input, length, length);
             for (auto [key, text, state, change, cursor] : keys) {
                 press(window, key, text, state);
                 EXPECT_EQ(input->size(), length + change) << length << " " << key;
-                EXPECT_EQ(input->position(), cursor < 0 ? input->size() : cursor) << key;
+                EXPECT_EQ(TextCursor::at(*input), cursor < 0 ? input->size() : cursor) << key;
             }
             press(window, 'x', "x"); // typed over the whole selection
             press(window, 'y', "y");
@@ -169,7 +170,7 @@ TEST_F(EntryDialogTest, LimitedFieldsRefuseOnlyGrowthPastFiftyBytes) {
     };
     for (const auto& p : pastes) {
         input->value(p.before.c_str());
-        input->position(input->size(), p.selectFrom < 0 ? input->size() : p.selectFrom);
+        TextCursor::place(*input, input->size(), p.selectFrom < 0 ? input->size() : p.selectFrom);
         Fl::e_text = const_cast<char*>(p.pasted.data());
         Fl::e_length = static_cast<int>(p.pasted.size());
         input->handle(FL_PASTE);
