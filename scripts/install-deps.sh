@@ -8,8 +8,9 @@
 #            xdotool, xclip, Python, validators, the Radicale and Xandikos CalDAV servers, openssl
 #            for a server's own certificate, the caldav client, strace for the calls a save
 #            makes, e2fsprogs for a small file system to fill, a D-Bus session with gnome-keyring
-#            and secret-tool, systemd-analyze for the units; on Debian 13 also weston, a
-#            headless Wayland compositor for the window's own Wayland session)
+#            and secret-tool, systemd-analyze for the units; on Debian 13 also sway with grim
+#            and wtype, a headless Wayland session for the window, and libdecor's plugin, which
+#            a desktop install brings along with FLTK 1.4)
 #   PACKAGE...: anything more a script of its own needs (clang for fuzzing, ...)
 set -euo pipefail
 
@@ -17,7 +18,7 @@ set -euo pipefail
 . /etc/os-release
 case ${VERSION_ID:-} in
 12*) fltk=libfltk1.3-dev wayland=() ;;
-*) fltk=libfltk1.4-dev wayland=(weston) ;;
+*) fltk=libfltk1.4-dev wayland=(sway grim wtype libdecor-0-plugin-1-cairo) ;;
 esac
 packages=(cmake g++ make "$fltk" libxxhash-dev)
 companions=(pkg-config libcurl4-openssl-dev libical-dev libpugixml-dev nlohmann-json3-dev
