@@ -181,7 +181,7 @@ TEST_F(EntryDialogTest, LimitedFieldsRefuseOnlyGrowthPastFiftyBytes) {
 // Each button's letter acts on the window shown: plain where the focus takes no text (a list, a
 // button), with Alt from the text fields, whose plain letters are text; Escape closes a dialog
 // unsaved. A dialog shown holds the main window still. A click selects a line, a second one
-// edits it, as Edit does. The About box shows the version until Ok. New starts afresh, whatever
+// edits it, as Edit does. The About box holds the window until Ok. New starts afresh, whatever
 // an earlier Edit left: a category gets any name typed, empty or not; a to-do today's date and
 // weekday, priority "1", not completed, no texts and the first category.
 TEST_F(Keyboard, LettersDriveEveryWindowAndNewStartsAfresh) {
@@ -213,8 +213,6 @@ TEST_F(Keyboard, LettersDriveEveryWindowAndNewStartsAfresh) {
     answer({"No", "No"});
     keys(win->categoryBrowser, "dpa");
     EXPECT_EQ(Fl::modal(), aboutDialog.window);
-    EXPECT_EQ(std::string(aboutDialog.aboutText->value()).rfind("Pindle ToDo Version 1.5\n", 0),
-              0u);
     aboutDialog.okButton->do_callback(); // or the next letters would go to it
     keys(win->categoryBrowser, "e");
     EXPECT_EQ(Fl::modal(), categoryDialog.window);
@@ -281,11 +279,6 @@ TEST_F(Keyboard, LettersDriveEveryWindowAndNewStartsAfresh) {
               (std::vector<std::string>{"Do you really want to delete the category Item?",
                                         "Do you really want to purge all completed to-do records?",
                                         "Do you really want to delete the To-Do Item?"}));
-    // Every priority can be chosen, "1" to "9".
-    for (int i = 0; i < 9; i++) {
-        const Fl_Menu_Item& item = entryDialog.priorityChoice->menu()[i];
-        EXPECT_TRUE(item.active() && item.label() == std::to_string(i + 1)) << i;
-    }
     clickTwice(win->todoBrowser, entryDialog.window);
     EXPECT_EQ(entryDialog.editing(), 1);
 }
