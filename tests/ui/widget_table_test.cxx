@@ -18,7 +18,6 @@ namespace {
 using WidgetTable = UiTest;
 
 struct Row {
-    const char* name;
     Fl_Widget* widget;
     const std::type_info& kind;
     int x, y, w, h; // a window's position is the desktop's: -1
@@ -30,109 +29,92 @@ struct Row {
 
 constexpr int L = FL_ALIGN_LEFT, T = FL_ALIGN_TOP, C = FL_ALIGN_CENTER, TL = T | L;
 constexpr int Rel = FL_WHEN_RELEASE, Chg = FL_WHEN_CHANGED, Not = FL_WHEN_NOT_CHANGED;
-constexpr int Win = FL_DOUBLE_WINDOW, Out = FL_NORMAL_OUTPUT, Hold = FL_HOLD_BROWSER;
-constexpr int Down = FL_DOWN_BOX, Border = FL_BORDER_BOX;
+constexpr int Out = FL_NORMAL_OUTPUT, Hold = FL_HOLD_BROWSER, Border = FL_BORDER_BOX;
+constexpr int Win = FL_DOUBLE_WINDOW;
+
+// The rows of the kinds that recur, as this program builds every widget of that kind.
+Row window(Fl_Window* w, int wide, int high, const char* title, int align = T) {
+    return {w, typeid(Fl_Double_Window), -1, -1, wide, high, title, Win, align, Rel, -1, true, 0};
+}
+Row button(Fl_Widget* b, int x, int y, int w, const char* label, char key = 0) {
+    return {b, typeid(Fl_Button), x, y, w, 25, label, 0, C, Rel, 0, true, key};
+}
+Row group(Fl_Widget* g, int x, int y, int w, int h, const char* label) {
+    return {g, typeid(Fl_Group), x, y, w, h, label, 0, T, Rel, -1, true, 0};
+}
+Row choice(Fl_Widget* c, int x, int y, int w, const char* label, char key) {
+    return {c, typeid(Fl_Choice), x, y, w, 25, label, 0, L, Rel, Border, true, key};
+}
+Row browser(Fl_Widget* b, int x, int y, int w, int h, const char* label) {
+    return {b, typeid(Fl_Browser), x, y, w, h, label, Hold, TL, Not, -1, true, 0};
+}
+Row date(Fl_Widget* in, int x, int w) {
+    return {in, typeid(Fl_Value_Input), x, 10, w, 25, nullptr, 0, L, Chg, -1, false, 0};
+}
 
 std::vector<Row> mainRows(const TodoWindow& m) {
-    return {
-        {"window", m.window, typeid(Fl_Double_Window), -1, -1, 640, 480, "To Do List", Win,
-         T | FL_ALIGN_TEXT_OVER_IMAGE, Rel, -1, true, 0},
-        {"showCompleted", m.showCompletedButton, typeid(Fl_Check_Button), 280, 5, 25, 25,
-         "&Show Completed", FL_TOGGLE_BUTTON, L, Chg, Down, true, 's'},
-        {"today", m.todayOutput, typeid(Fl_Output), 400, 5, 95, 25, "Today's Date:", Out, L, Rel,
-         -1, false, 0},
-        {"purge", m.purgeButton, typeid(Fl_Button), 500, 5, 60, 25, "&Purge", 0, C, Rel, 0, true,
-         'p'},
-        {"about", m.aboutButton, typeid(Fl_Button), 565, 5, 60, 25, "&About", 0, C, Rel, 0, true,
-         'a'},
-        {"tabs", m.tabs, typeid(Fl_Tabs), 5, 25, 630, 455, nullptr, 0, T, Rel, -1, true, 0},
-        {"todoGroup", m.todoGroup, typeid(Fl_Group), 5, 50, 620, 430, "Todo List", 0, T, Rel, -1,
-         true, 0},
-        {"todoBrowser", m.todoBrowser, typeid(Fl_Browser), 15, 110, 605, 365, "To-Do List", Hold,
-         TL, Not, -1, true, 0},
-        {"newTodo", m.newTodoButton, typeid(Fl_Button), 450, 65, 50, 25, "&New", 0, C, Rel, 0, true,
-         'n'},
-        {"deleteTodo", m.deleteTodoButton, typeid(Fl_Button), 565, 65, 55, 25, "&Delete", 0, C, Rel,
-         0, true, 'd'},
-        {"editTodo", m.editTodoButton, typeid(Fl_Button), 510, 65, 45, 25, "&Edit", 0, C, Rel, 0,
-         true, 'e'},
-        {"filter", m.categoryFilter, typeid(Fl_Choice), 75, 65, 345, 25, "Ca&tegory:", 0, L, Rel,
-         Border, true, 't'},
-        {"categoryGroup", m.categoryGroup, typeid(Fl_Group), 10, 55, 610, 423, "Category", 0, T,
-         Rel, -1, true, 0},
-        {"categoryBrowser", m.categoryBrowser, typeid(Fl_Browser), 80, 105, 435, 280,
-         "Category List", Hold, TL, Not, -1, true, 0},
-        {"newCategory", m.newCategoryButton, typeid(Fl_Button), 360, 420, 65, 25, "&New", 0, C, Rel,
-         0, true, 'n'},
-        {"editCategory", m.editCategoryButton, typeid(Fl_Button), 435, 420, 65, 25, "&Edit", 0, C,
-         Rel, 0, true, 'e'},
-        {"deleteCategory", m.deleteCategoryButton, typeid(Fl_Button), 510, 420, 65, 25, "&Delete",
-         0, C, Rel, 0, true, 'd'},
-    };
+    return {window(m.window, 640, 480, "To Do List", T | FL_ALIGN_TEXT_OVER_IMAGE),
+            {m.showCompletedButton, typeid(Fl_Check_Button), 280, 5, 25, 25, "&Show Completed",
+             FL_TOGGLE_BUTTON, L, Chg, FL_DOWN_BOX, true, 's'},
+            {m.todayOutput, typeid(Fl_Output), 400, 5, 95, 25, "Today's Date:", Out, L, Rel, -1,
+             false, 0},
+            button(m.purgeButton, 500, 5, 60, "&Purge", 'p'),
+            button(m.aboutButton, 565, 5, 60, "&About", 'a'),
+            {m.tabs, typeid(Fl_Tabs), 5, 25, 630, 455, nullptr, 0, T, Rel, -1, true, 0},
+            group(m.todoGroup, 5, 50, 620, 430, "Todo List"),
+            browser(m.todoBrowser, 15, 110, 605, 365, "To-Do List"),
+            button(m.newTodoButton, 450, 65, 50, "&New", 'n'),
+            button(m.deleteTodoButton, 565, 65, 55, "&Delete", 'd'),
+            button(m.editTodoButton, 510, 65, 45, "&Edit", 'e'),
+            choice(m.categoryFilter, 75, 65, 345, "Ca&tegory:", 't'),
+            group(m.categoryGroup, 10, 55, 610, 423, "Category"),
+            browser(m.categoryBrowser, 80, 105, 435, 280, "Category List"),
+            button(m.newCategoryButton, 360, 420, 65, "&New", 'n'),
+            button(m.editCategoryButton, 435, 420, 65, "&Edit", 'e'),
+            button(m.deleteCategoryButton, 510, 420, 65, "&Delete", 'd')};
 }
 
 std::vector<Row> entryRows(const EntryDialog& e) {
-    auto button = [](const char* name, Fl_Button* b, int x, int y, int w, const char* label,
-                     char key) {
-        return Row{name, b, typeid(Fl_Button), x, y, w, 25, label, 0, C, Rel, 0, true, key};
-    };
-    auto date = [](const char* name, Fl_Widget* in, int x, int w) {
-        return Row{name,  in, typeid(Fl_Value_Input), x, 10, w, 25, nullptr, 0, L, Chg, -1,
-                   false, 0};
-    };
     return {
-        {"window", e.window, typeid(Fl_Double_Window), -1, -1, 480, 425, "To Do Entry", Win, T, Rel,
+        window(e.window, 480, 425, "To Do Entry"),
+        date(e.monthInput, 10, 25),
+        date(e.dayInput, 45, 25),
+        date(e.yearInput, 75, 65),
+        {e.weekdayOutput, typeid(Fl_Output), 150, 10, 120, 25, nullptr, Out, L, Rel, -1, false, 0},
+        button(e.tomorrowButton, 300, 10, 80, "Tomorrow"),
+        button(e.nextWeekButton, 385, 10, 85, "&Next Week", 'n'),
+        button(e.dayPlusButton, 10, 40, 45, "Day &+", '+'),
+        button(e.dayMinusButton, 60, 40, 45, "Day &-", '-'),
+        button(e.monthPlusButton, 110, 40, 60, "Month +"),
+        button(e.monthMinusButton, 175, 40, 55, "Month -"),
+        button(e.yearPlusButton, 235, 40, 60, "Year +"),
+        button(e.yearMinusButton, 300, 40, 60, "Year -"),
+        button(e.todayButton, 365, 40, 65, "&Today", 't'),
+        choice(e.priorityChoice, 90, 75, 115, "&Priority:", 'p'),
+        {e.completeButton, typeid(Fl_Check_Button), 235, 75, 25, 25, "Compl&ete", FL_TOGGLE_BUTTON,
+         L | FL_ALIGN_INSIDE, Rel, FL_DOWN_BOX, true, 'e'},
+        choice(e.categoryChoice, 90, 110, 380, "C&ategory:", 'a'),
+        {e.descriptionInput, typeid(ByteLimitInput), 90, 145, 380, 25, "Description:", 0, L, Rel,
          -1, true, 0},
-        date("month", e.monthInput, 10, 25),
-        date("day", e.dayInput, 45, 25),
-        date("year", e.yearInput, 75, 65),
-        {"weekday", e.weekdayOutput, typeid(Fl_Output), 150, 10, 120, 25, nullptr, Out, L, Rel, -1,
-         false, 0},
-        button("tomorrow", e.tomorrowButton, 300, 10, 80, "Tomorrow", 0),
-        button("nextWeek", e.nextWeekButton, 385, 10, 85, "&Next Week", 'n'),
-        button("dayPlus", e.dayPlusButton, 10, 40, 45, "Day &+", '+'),
-        button("dayMinus", e.dayMinusButton, 60, 40, 45, "Day &-", '-'),
-        button("monthPlus", e.monthPlusButton, 110, 40, 60, "Month +", 0),
-        button("monthMinus", e.monthMinusButton, 175, 40, 55, "Month -", 0),
-        button("yearPlus", e.yearPlusButton, 235, 40, 60, "Year +", 0),
-        button("yearMinus", e.yearMinusButton, 300, 40, 60, "Year -", 0),
-        button("today", e.todayButton, 365, 40, 65, "&Today", 't'),
-        {"priority", e.priorityChoice, typeid(Fl_Choice), 90, 75, 115, 25, "&Priority:", 0, L, Rel,
-         Border, true, 'p'},
-        {"complete", e.completeButton, typeid(Fl_Check_Button), 235, 75, 25, 25, "Compl&ete",
-         FL_TOGGLE_BUTTON, L | FL_ALIGN_INSIDE, Rel, Down, true, 'e'},
-        {"category", e.categoryChoice, typeid(Fl_Choice), 90, 110, 380, 25, "C&ategory:", 0, L, Rel,
-         Border, true, 'a'},
-        {"description", e.descriptionInput, typeid(ByteLimitInput), 90, 145, 380, 25,
-         "Description:", 0, L, Rel, -1, true, 0},
-        {"notes", e.notesEditor, typeid(NotesEditor), 10, 185, 460, 205, "Notes", 0, T, Chg | Rel,
-         -1, true, 0},
-        button("save", e.saveButton, 10, 395, 115, "&Save", 's'),
-        button("cancel", e.cancelButton, 140, 395, 115, "&Cancel", 'c'),
-    };
+        {e.notesEditor, typeid(NotesEditor), 10, 185, 460, 205, "Notes", 0, T, Chg | Rel, -1, true,
+         0},
+        button(e.saveButton, 10, 395, 115, "&Save", 's'),
+        button(e.cancelButton, 140, 395, 115, "&Cancel", 'c')};
 }
 
 std::vector<Row> categoryRows(const CategoryDialog& c) {
     return {
-        {"window", c.window, typeid(Fl_Double_Window), -1, -1, 420, 100, "Category Edit", Win, T,
-         Rel, -1, true, 0},
-        {"name", c.nameInput, typeid(ByteLimitInput), 70, 5, 340, 25, "Category:", 0, L, Rel, -1,
-         true, 0},
-        {"save", c.saveButton, typeid(Fl_Button), 255, 65, 65, 25, "&Save", 0, C, Rel, 0, true,
-         's'},
-        {"cancel", c.cancelButton, typeid(Fl_Button), 330, 65, 75, 25, "&Cancel", 0, C, Rel, 0,
-         true, 'c'},
-    };
+        window(c.window, 420, 100, "Category Edit"),
+        {c.nameInput, typeid(ByteLimitInput), 70, 5, 340, 25, "Category:", 0, L, Rel, -1, true, 0},
+        button(c.saveButton, 255, 65, 65, "&Save", 's'),
+        button(c.cancelButton, 330, 65, 75, "&Cancel", 'c')};
 }
 
 std::vector<Row> aboutRows(const AboutDialog& a) {
-    return {
-        {"window", a.window, typeid(Fl_Double_Window), -1, -1, 295, 235, "About Pindle ToDo", Win,
-         T, Rel, -1, true, 0},
-        {"ok", a.okButton, typeid(Fl_Button), 115, 200, 55, 25, "Ok", 0, C, Rel, 0, true, 0},
-        {"text", a.aboutText, typeid(Fl_Output), 5, 10, 285, 185, nullptr, FL_MULTILINE_OUTPUT, L,
-         Rel, -1, true, 0},
-    };
+    return {window(a.window, 295, 235, "About Pindle ToDo"),
+            button(a.okButton, 115, 200, 55, "Ok"),
+            {a.aboutText, typeid(Fl_Output), 5, 10, 285, 185, nullptr, FL_MULTILINE_OUTPUT, L, Rel,
+             -1, true, 0}};
 }
 
 // The widgets a window holds, depth first: its own groups are entered, the toolkit's inner
@@ -147,12 +129,14 @@ void collect(Fl_Widget* w, std::vector<Fl_Widget*>& out) {
         collect(g->child(i), out);
 }
 
+// Widgets by their table row: "row 3" (the window is row 0).
 std::vector<std::string> names(const std::vector<Row>& rows, const std::vector<Fl_Widget*>& ws) {
     std::vector<std::string> out;
     for (Fl_Widget* w : ws) {
         auto row =
             std::find_if(rows.begin(), rows.end(), [&](const Row& r) { return r.widget == w; });
-        out.emplace_back(row == rows.end() ? "a widget not in the table" : row->name);
+        out.push_back(row == rows.end() ? "not in the table"
+                                        : "row " + std::to_string(row - rows.begin()));
     }
     return out;
 }
@@ -189,8 +173,9 @@ TEST_F(WidgetTable, EveryWidgetAsTheTableHasIt) {
         for (const Row& r : rows)
             listed.push_back(r.widget);
         EXPECT_EQ(names(rows, tree), names(rows, listed)) << rows.front().widget->label();
-        for (const Row& r : rows)
-            EXPECT_EQ(seen(r), wanted(r)) << rows.front().widget->label() << ": " << r.name;
+        for (std::size_t i = 0; i < rows.size(); i++)
+            EXPECT_EQ(seen(rows[i]), wanted(rows[i]))
+                << rows.front().widget->label() << ", row " << i;
     }
 }
 
@@ -221,8 +206,8 @@ TEST_F(WidgetTable, EachLetterReachesItsWidget) {
             if (menu)
                 answer({"0"}); // the entry shown stays: nothing is picked
             press(window, r.key, std::string(1, r.key), FL_ALT);
-            EXPECT_EQ(hits, menu ? std::vector<Fl_Widget*>{} : std::vector{r.widget}) << r.name;
-            EXPECT_TRUE(answered()) << r.name << ": no menu opened";
+            EXPECT_EQ(hits, menu ? std::vector<Fl_Widget*>{} : std::vector{r.widget}) << r.label;
+            EXPECT_TRUE(answered()) << r.label << ": no menu opened";
         }
         for (auto [w, callback, data] : saved)
             w->callback(callback, data);
