@@ -4,7 +4,7 @@
 #include "incremental_paste.h"
 
 #include <FL/Fl.H>
-#include <FL/x.H>
+#include <FL/platform.H>
 
 #include <algorithm>
 #include <string>
