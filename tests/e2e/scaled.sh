@@ -14,7 +14,10 @@ APP=$(realpath "$1")
 
 fail() { echo "FAIL: $*" >&2; exit 1; }
 poll() { for _ in $(seq 100); do "$@" && return 0; sleep 0.1; done; return 1; }
-window() { xdotool search --all --onlyvisible --pid "$APP_PID" --name "^$1\$" 2>/dev/null | head -n 1 | grep .; }
+window() {
+  xdotool search --all --onlyvisible --pid "$APP_PID" --name "^$1\$" 2>/dev/null | head -n 1 |
+    grep .
+}
 wait_window() { poll window "$1" >/dev/null || fail "no window '$1'"; window "$1"; }
 size() { xdotool getwindowgeometry --shell "$1" | sed -n 's/^\(WIDTH\|HEIGHT\)=//p' | paste -sd x; }
 shot() { xwd -silent -id "$1" | convert xwd:- "$2"; }

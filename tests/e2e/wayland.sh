@@ -2,7 +2,9 @@
 # The program in a Wayland session with no X server at all: a headless sway (wlroots) on a
 # private runtime folder, without Xwayland. The main window opens as a native xdg-shell window
 # of 640x480 and is drawn; keys open and close the category dialog, and Escape ends the program
-# with status 0, having said nothing but what a first start says. With FLTK 1.3, which draws through X11 only, there is nothing to try.
+# with status 0, having said nothing but what a first start says. With FLTK 1.3, which draws
+# through X11 only, there is nothing to try. Not weston's headless back end: it offers no seat,
+# and FLTK 1.4.3 ends with a segmentation fault on a compositor without one.
 # usage: wayland.sh PROGRAM FLTK_API [SCREENSHOT]   (SCREENSHOT: where to keep the session's)
 set -euo pipefail
 APP=$(realpath "$1")
@@ -11,7 +13,8 @@ if [ "$2" = 1.3 ]; then
   exit 77
 fi
 for tool in sway grim wtype; do
-  command -v $tool >/dev/null || { echo "FAIL: no $tool: scripts/install-deps.sh --tests" >&2; exit 1; }
+  command -v $tool >/dev/null ||
+    { echo "FAIL: no $tool (scripts/install-deps.sh --tests)" >&2; exit 1; }
 done
 
 fail() { echo "FAIL: $*" >&2; exit 1; }
@@ -33,7 +36,9 @@ session=(env -u DISPLAY -u WAYLAND_DISPLAY -u SWAYSOCK XDG_RUNTIME_DIR="$RUNTIME
 "${session[@]}" WLR_BACKENDS=headless WLR_RENDERER=pixman WLR_LIBINPUT_NO_DEVICES=1 \
   sway -c "$RUNTIME/sway.conf" >"$RUNTIME/sway.log" 2>&1 &
 SWAY=$!
-socket() { compgen -G "$RUNTIME/wayland-[0-9]" >/dev/null && compgen -G "$RUNTIME/sway-ipc.*.sock" >/dev/null; }
+socket() {
+  compgen -G "$RUNTIME/wayland-[0-9]" >/dev/null && compgen -G "$RUNTIME/sway-ipc.*.sock" >/dev/null
+}
 poll socket || fail "sway did not start: $(cat "$RUNTIME/sway.log")"
 session+=(WAYLAND_DISPLAY="$(basename "$(compgen -G "$RUNTIME/wayland-[0-9]")")"
           SWAYSOCK="$(compgen -G "$RUNTIME/sway-ipc.*.sock")")
@@ -58,7 +63,10 @@ for n in nodes(json.load(sys.stdin)):
         sys.exit(0)
 sys.exit(1)' "$APP_PID" "$1"
 }
-wait_window() { poll window "$1" >/dev/null || fail "no window '$1': $(cat "$WORK/stderr")"; window "$1"; }
+wait_window() {
+  poll window "$1" >/dev/null || fail "no window '$1': $(cat "$WORK/stderr")"
+  window "$1"
+}
 # Whether the window's content is drawn: the desktop behind it is black, the toolkit's grey is not.
 drawn() {
   grim -g "$1,$2 ${3}x$4" "$RUNTIME/shot.png" 2>/dev/null &&
@@ -71,7 +79,7 @@ read -r shell x y w h < <(wait_window "To Do List")
 [ "$shell $w $h" = "xdg_shell 640 480" ] || fail "the main window is $shell, ${w}x$h"
 poll drawn "$x" "$y" "$w" "$h" || fail "the main window was never drawn"
 
-echo "== keys from a virtual keyboard: N opens the category dialog, Escape closes it, then the window"
+echo "== keys: N opens the category dialog, Escape closes it, then the main window"
 # The session has no input device of its own: wtype brings a keyboard for each call, which the
 # window must first be given before the keys reach it.
 keys() { "${session[@]}" wtype -s 300 "$@" -s 100; }
