@@ -8,17 +8,25 @@
 #            xdotool, xclip, Python, validators, the Radicale and Xandikos CalDAV servers, openssl
 #            for a server's own certificate, the caldav client, strace for the calls a save
 #            makes, e2fsprogs for a small file system to fill, a D-Bus session with gnome-keyring
-#            and secret-tool, systemd-analyze for the units, dunst for a notification service)
+#            and secret-tool, systemd-analyze for the units, dunst for a notification service;
+#            on Debian 13 also sway with grim and wtype, a headless Wayland session for the
+#            window, and libdecor's plugin, which a desktop install brings along with FLTK 1.4)
 #   PACKAGE...: anything more a script of its own needs (clang for fuzzing, ...)
 set -euo pipefail
 
-packages=(cmake g++ make libfltk1.3-dev libxxhash-dev)
+# Debian 12 has FLTK 1.3 (X11 only); Debian 13 has 1.4, which draws on Wayland as well.
+. /etc/os-release
+case ${VERSION_ID:-} in
+12*) fltk=libfltk1.3-dev wayland=() ;;
+*) fltk=libfltk1.4-dev wayland=(sway grim wtype libdecor-0-plugin-1-cairo) ;;
+esac
+packages=(cmake g++ make "$fltk" libxxhash-dev)
 companions=(pkg-config libcurl4-openssl-dev libical-dev libpugixml-dev nlohmann-json3-dev
             libsecret-1-dev libtomlplusplus-dev libglib2.0-dev)
 tests=(libgtest-dev libgmock-dev xvfb xauth xdotool x11-apps x11-utils imagemagick
        desktop-file-utils appstream man-db groff-base librsvg2-bin
        python3 python3-icalendar radicale xandikos openssl python3-caldav e2fsprogs xclip strace
-       dbus gnome-keyring libsecret-tools systemd dunst)
+       dbus gnome-keyring libsecret-tools systemd dunst "${wayland[@]}")
 while [ $# -gt 0 ]; do
   case $1 in
   --companions) packages+=("${companions[@]}") ;;

@@ -2,6 +2,7 @@
 // past the limit; pastes are taken in hand and keep what fits.
 #include "byte_limit_input.h"
 
+#include "text_cursor.h"
 #include "utf8_text.h"
 
 #include <FL/Fl.H>
@@ -19,18 +20,18 @@ int ByteLimitInput::handle(int event) {
     if (event != FL_KEYBOARD)
         return Fl_Input::handle(event);
     std::string before(value(), static_cast<std::size_t>(size()));
-    int cursor = position();
+    int cursor = TextCursor::at(*this);
     int anchor = mark();
     int result = Fl_Input::handle(event);
     if (size() > maxBytes_ && size() > static_cast<int>(before.size())) {
         value(before.data(), static_cast<int>(before.size()));
-        position(cursor, anchor);
+        TextCursor::place(*this, cursor, anchor);
     }
     return result;
 }
 
 int ByteLimitInput::room() const {
-    int kept = size() - std::abs(position() - mark());
+    int kept = size() - std::abs(TextCursor::at(*this) - mark());
     return kept < maxBytes_ ? maxBytes_ - kept : 0;
 }
 
@@ -43,6 +44,6 @@ int ByteLimitInput::paste() {
         length--;
     length = Utf8Text::fitLength(text, length, static_cast<std::size_t>(room()));
     if (length > 0)
-        replace(position(), mark(), text, static_cast<int>(length));
+        replace(TextCursor::at(*this), mark(), text, static_cast<int>(length));
     return 1;
 }

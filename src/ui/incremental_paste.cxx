@@ -4,7 +4,7 @@
 #include "incremental_paste.h"
 
 #include <FL/Fl.H>
-#include <FL/x.H>
+#include <FL/platform.H>
 
 #include <algorithm>
 #include <string>
@@ -98,6 +98,11 @@ bool isNextPiece(const XPropertyEvent& p) {
 } // namespace
 
 void IncrementalPaste::install() {
+    // FLTK 1.4 chooses between Wayland and X11 as the display opens. On Wayland it has no X
+    // connection, and a paste comes whole through a pipe.
+    fl_open_display();
+    if (fl_display == nullptr)
+        return;
     Fl::remove_system_handler(onEvent);
     Fl::add_system_handler(onEvent, nullptr);
 }

@@ -8,7 +8,8 @@
 
 class IncrementalPaste {
 public:
-    // Watches the toolkit's X events from now on; installing twice is harmless.
+    // Watches the toolkit's X events from now on, when it draws through X; installing twice is
+    // harmless. Opens the display.
     static void install();
 
 private:

@@ -52,6 +52,7 @@ protected:
     // a number: that many entries down, then Return. Each box answered is recorded in `boxes`
     // with its message.
     void answer(std::vector<std::string> buttons);
+    bool answered() const { return answers_.empty(); }
     std::vector<std::string> boxes;
     // Run once, inside the next box's event loop, just before it is answered.
     std::function<void()> whileAsking;

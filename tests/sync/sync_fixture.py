@@ -110,13 +110,17 @@ class Server:
 
 # Radicale as its command line starts it, less the fsync after every write (an option its own
 # tests use, not settable from a config file): a thousand uploads take seconds, not minutes.
+# From 3.2 on (Debian 13 has 3.5) the log level comes with whether debug logs show back traces.
 RADICALE = """
-import signal, socket, sys
+import inspect, signal, socket, sys
 from radicale import config, log, server
 log.setup()
 configuration = config.load([(sys.argv[1], False)])
 configuration.update({"storage": {"_filesystem_fsync": "False"}}, "tests", privileged=True)
-log.set_level(configuration.get("logging", "level"))
+level = [configuration.get("logging", "level")]
+if "backtrace_on_debug" in inspect.signature(log.set_level).parameters:
+    level.append(configuration.get("logging", "backtrace_on_debug"))
+log.set_level(*level)
 stop, stop_out = socket.socketpair()
 signal.signal(signal.SIGTERM, lambda *_: stop.close())
 server.serve(configuration, stop_out)
@@ -162,9 +166,10 @@ class RadicaleOverHttps(Radicale):
 # Xandikos as its command line starts it, logging each request as it arrives (its own log
 # comes after the reply, too late to tell one sync's requests from the next one's); with an
 # argument "no-sync-collection" it goes without the sync-collection REPORT, which it then
-# refuses as it refuses any report it lacks, as servers without RFC 6578 do.
+# refuses as it refuses any report it lacks, as servers without RFC 6578 do. Its main became a
+# coroutine that takes the arguments alone (0.2.12 in Debian 13; 0.2.8 in Debian 12).
 XANDIKOS = """
-import sys
+import asyncio, sys
 from xandikos import web
 handle = web.XandikosApp.aiohttp_handler
 async def logged(app, request, prefix):
@@ -175,7 +180,10 @@ if sys.argv.pop(1) == "no-sync-collection":
     register = web.XandikosApp.register_reporters
     web.XandikosApp.register_reporters = lambda app, reporters: register(
         app, [r for r in reporters if r.name != "{DAV:}sync-collection"])
-web.main(sys.argv)
+if asyncio.iscoroutinefunction(web.main):
+    asyncio.run(web.main(sys.argv[1:]))
+else:
+    web.main(sys.argv)
 """
 
 

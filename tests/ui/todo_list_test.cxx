@@ -91,51 +91,66 @@ TEST_F(TodoList, ATabSwitchReassignsSavesAndKeepsTheOldFilterForOneRebuild) {
     EXPECT_EQ(todoLines().size(), 3u);
 }
 
-// Delete asks only with a line selected and removes that line's to-do; Purge asks, and removes
-// completed to-dos the list does not show as well. That "No" to either changes nothing is
-// Keyboard.LettersDriveEveryWindowAndNewStartsAfresh's, with the questions' texts.
-TEST_F(TodoList, DeleteAndPurgeAskFirst) {
+// Each question's answers: "Yes" changes the files, "No" leaves them; Delete asks only with a
+// line selected and removes that line's record (a duplicate name goes by its line); Purge also
+// removes completed to-dos the list does not show; "Unassigned" is refused after the question.
+TEST_F(TodoList, EachQuestionAndItsAnswers) {
     CalDate d = fromToday(1);
-    start(todoFile({todo(d, 0, "keep"), todo(d, 5, "drop"), todo(d, 0, "done", "Home", 1)}),
-          kCategories);
-    filterBy("Work");
-    win->deleteTodoButton->do_callback();
-    answer({"Yes", "Yes"});
-    win->todoBrowser->value(2);
-    win->deleteTodoButton->do_callback();
-    EXPECT_EQ(win->todoBrowser->value(), 0);
-    EXPECT_TRUE(readFile("pindle_todo.db") ==
-                todoFile({todo(d, 0, "keep"), todo(d, 0, "done", "Home", 1)}));
-    win->purgeButton->do_callback();
-    EXPECT_EQ(boxes.size(), 2u);
-    EXPECT_TRUE(readFile("pindle_todo.db") == todoFile({todo(d, 0, "keep")}));
-}
-
-// A category's Delete asks only with a line selected, then refuses "Unassigned"; a duplicate
-// goes by its line. The to-dos of a deleted category change only at the next tab switch.
-TEST_F(TodoList, CategoryDeleteAsksThenRefusesUnassignedAndRemovesTheSelectedLine) {
-    const std::string todos = todoFile({todo(fromToday(1), 0, "task")});
-    start(todos, categoryFile({"Unassigned", "Work", "Work"}));
-    win->deleteCategoryButton->do_callback();
-    win->categoryBrowser->value(1);
-    answer({"Yes", "Close", "No", "Yes", "Yes"});
-    win->deleteCategoryButton->do_callback();
-    EXPECT_EQ(categoryStore.count(), 3);
-    CategoryRecord* first = categoryStore.at(1);
-    win->categoryBrowser->value(3);
-    win->deleteCategoryButton->do_callback();
-    EXPECT_EQ(categoryStore.count(), 3);
-    win->deleteCategoryButton->do_callback();
-    EXPECT_EQ(categoryStore.at(1), first);
-    win->categoryBrowser->value(2);
-    win->deleteCategoryButton->do_callback();
-    EXPECT_EQ(boxes, (Lines{"Do you really want to delete the category Item?",
-                            "You can not delete the Unassigned category!",
-                            "Do you really want to delete the category Item?",
-                            "Do you really want to delete the category Item?",
-                            "Do you really want to delete the category Item?"}));
-    EXPECT_TRUE(readFile("cat.db") == categoryFile({"Unassigned"}));
-    EXPECT_TRUE(readFile("pindle_todo.db") == todos);
+    const auto keep = todo(d, 0, "keep"), drop = todo(d, 5, "drop"),
+               done = todo(d, 0, "done", "Home", 1);
+    const std::string todos = todoFile({keep, drop, done});
+    const std::string categories = categoryFile({"Unassigned", "Work", "Work"});
+    const std::string deleteTodo = "Do you really want to delete the To-Do Item?",
+                      purge = "Do you really want to purge all completed to-do records?",
+                      deleteCategory = "Do you really want to delete the category Item?",
+                      refusal = "You can not delete the Unassigned category!";
+    const std::tuple<Fl_Button * TodoWindow::*, int, Lines, Lines, std::string, std::string>
+        cases[] = {
+            {&TodoWindow::deleteTodoButton, 0, {}, {}, todos, categories},
+            {&TodoWindow::deleteTodoButton, 2, {"No"}, {deleteTodo}, todos, categories},
+            {&TodoWindow::deleteTodoButton,
+             2,
+             {"Yes"},
+             {deleteTodo},
+             todoFile({keep, done}),
+             categories},
+            {&TodoWindow::purgeButton, 0, {"No"}, {purge}, todos, categories},
+            {&TodoWindow::purgeButton, 0, {"Yes"}, {purge}, todoFile({keep, drop}), categories},
+            {&TodoWindow::deleteCategoryButton, 0, {}, {}, todos, categories},
+            {&TodoWindow::deleteCategoryButton, 1, {"No"}, {deleteCategory}, todos, categories},
+            {&TodoWindow::deleteCategoryButton,
+             1,
+             {"Yes", "Close"},
+             {deleteCategory, refusal},
+             todos,
+             categories},
+            {&TodoWindow::deleteCategoryButton, 3, {"No"}, {deleteCategory}, todos, categories},
+            {&TodoWindow::deleteCategoryButton,
+             3,
+             {"Yes"},
+             {deleteCategory},
+             todos,
+             categoryFile({"Unassigned", "Work"})},
+        };
+    for (const auto& [button, line, answers, asked, todosAfter, categoriesAfter] : cases) {
+        start(todos, categories);
+        boxes.clear();
+        Fl_Browser* list =
+            button == &TodoWindow::deleteCategoryButton ? win->categoryBrowser : win->todoBrowser;
+        if (list == win->todoBrowser)
+            filterBy("Work"); // the completed one is listed nowhere
+        list->value(line);
+        if (!answers.empty())
+            answer(answers);
+        ((*win).*button)->do_callback();
+        EXPECT_EQ(boxes, asked) << line;
+        EXPECT_TRUE(readFile("pindle_todo.db") == todosAfter) << asked.size() << line;
+        EXPECT_TRUE(readFile("cat.db") == categoriesAfter) << asked.size() << line;
+        EXPECT_EQ(list->value(), answers == Lines{"Yes"} ? 0 : line); // rebuilt: none selected
+        if (answers == Lines{"Yes"} && line == 3) {
+            EXPECT_EQ(categoryStore.at(1)->name, std::string("Work")); // the first one stays
+        }
+    }
 }
 
 // Codes are read where the browser reads them: at the start of a category name, and at the
