@@ -3,9 +3,12 @@
 # line; it links the data layer and the calendar mapping, never the export or the interface.
 
 set(pindle_sync_sources
+  src/sync/collection_finder.cxx
+  src/sync/collection_url.cxx
   src/sync/credentials.cxx
   src/sync/dav_client.cxx
   src/sync/dav_xml.cxx
+  src/sync/field_merge.cxx
   src/sync/local_matcher.cxx
   src/sync/private_file.cxx
   src/sync/progress.cxx

@@ -23,29 +23,25 @@ bool refusesToken(long status) {
 
 } // namespace
 
-std::string describeStatus(long status) {
+std::string describeStatus(long status, const std::string& reason) {
     if (status == 401)
         return "the server refused the user name or password (401)";
     if (status == 403)
         return "the server forbids this (403)";
     if (status == 404)
         return "there is no collection at that URL (404)";
-    return "the server answered " + std::to_string(status);
+    return "the server answered " + std::to_string(status) + (reason.empty() ? "" : " " + reason);
 }
 
 bool RemoteScan::ask(const char* method, const std::string& body, HttpReply& reply,
                      std::string& error) {
-    if (!client_.send(method, "", body, kXmlHeaders, reply, error)) {
-        error = "cannot reach the server: " + error;
-        return false;
-    }
-    return true;
+    return client_.send(method, "", body, kXmlHeaders, reply, error);
 }
 
 bool RemoteScan::read(const HttpReply& reply, const char* what, DavListing& listing,
                       std::string& error) {
     if (reply.status != 207) {
-        error = describeStatus(reply.status) + " to " + what;
+        error = describeStatus(reply.status, reply.reason) + " to " + what;
         return false;
     }
     return DavXml::parseMultistatus(reply.body, listing, error);

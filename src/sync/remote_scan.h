@@ -56,7 +56,7 @@ private:
     std::vector<std::string> removed_;
 };
 
-// The sentence for an HTTP status that ended a request.
-std::string describeStatus(long status);
+// The sentence for an HTTP status that ended a request, with the status line's words.
+std::string describeStatus(long status, const std::string& reason = "");
 
 #endif

@@ -11,7 +11,9 @@ bool SyncOptions::parse(int argc, const char* const* argv, SyncOptions& options,
     line.option("--user", &options.user);
     line.option("--password-file", &options.passwordFile);
     line.option("--ca-file", &options.caFile);
+    line.option("--task-list", &options.taskList);
     line.flag("--setup", &options.setup);
+    line.flag("--start-over", &options.startOver);
     line.flag("--dry-run", &options.dryRun);
     line.flag("--allow-http", &options.allowHttp);
     return line.parse(argc, argv, options.help, error);

@@ -119,14 +119,16 @@ class SyncCases(ServerCase):
         sent = self.server.requests_since(offset)
         self.assertEqual((sent.count("PUT"), sent.count("DELETE")), (4, 1), sent)
         self.assertRegex(said, r"^pindle_sync: sent 1 new, 3 changed, 1 deleted; received 0 new, "
-                         r"0 changed, 0 deleted; 0 kept twice; \d+ requests, 5 writes\n$")
+                         r"0 changed, 0 deleted; 0 merged, 0 kept twice; \d+ requests, 5 writes\n$")
         march = datetime.date(2030, 3, 1)
         got = by_summary(self.device)
         self.assertEqual({s: fields(t) for s, t in got.items()}, {
             "A edited": ("new notes", datetime.date(2030, 12, 31), 1, "NEEDS-ACTION", ["Work"]),
             "B": (None, march, 1, "COMPLETED", ["Unassigned"]),
             "na\u00efve": (None, datetime.date(2031, 6, 15), 9, "COMPLETED", ["Caf\u00e9"]),
-            "Rich, edited": (None, datetime.date(2030, 1, 5), 5, "COMPLETED", ["Home", "Garden"]),
+            # Only what changed here goes up: its DUE keeps its time, and it still has no PRIORITY.
+            "Rich, edited": (None, datetime.datetime(2030, 1, 5, 9, tzinfo=datetime.timezone.utc),
+                             None, "COMPLETED", ["Home", "Garden"]),
             "E": (None, march, 3, "NEEDS-ACTION", ["Unassigned"])})
         self.assertEqual((str(got["Rich, edited"]["X-OTHER-CLIENT"]),
                           got["Rich, edited"].decoded("DTSTART")),
