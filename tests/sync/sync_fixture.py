@@ -1,8 +1,10 @@
 """What the sync tests share: CalDAV servers on free loopback ports, a caldav client as the
 user's second device, data folders, pindle_sync runs, and the program's window on a folder."""
 
+import imaplib
 import json
 import os
+import pwd
 import re
 import select
 import socket
@@ -15,6 +17,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 import records  # noqa: E402
 
 import caldav  # noqa: E402
+import requests  # noqa: E402
 
 USER, PASSWORD = "alice", "correct horse"
 PROGRAM = None
@@ -198,6 +201,116 @@ class Xandikos(Server):
 
 class XandikosWithoutSyncCollection(Xandikos):
     SYNC_COLLECTION = False
+
+
+class Cyrus(Server):
+    """Cyrus IMAP's CalDAV server, its httpd under its master process, as hosted services run it.
+    It is started as root and runs as its own user, cyrus; settings, store and users (a sasldb)
+    are in the temporary folder. Cyrus keeps calendars only for a user with a mailbox, which an
+    administrator makes over IMAP, on a socket in that folder. It logs to syslog alone; each
+    request is read from its telemetry log instead, one file per process in conf/log/USER."""
+
+    MASTER = "/usr/lib/cyrus/bin/master"
+    REQUEST_LINE = r"^<\d+<(\w+) "
+    LOGS_ANONYMOUS = False  # a user's telemetry starts once they are signed in
+    # It keeps tasks through libical 3.0, which trims the ends of a value and splits CATEGORIES
+    # at escaped commas; a UID is one task among all of a user's calendars (RFC 6638 3.2.4.1).
+    LOSES = {"category with list separators": "libical splits the category",
+             "line breaks: CR becomes LF": "libical trims the tab that starts the notes"}
+    ADMIN = ("admin", "admin password")
+
+    @classmethod
+    def unavailable(cls):
+        """Why this machine cannot start it, or None."""
+        if not os.path.exists(cls.MASTER) or not os.path.exists("/usr/lib/cyrus/bin/httpd"):
+            return "Cyrus IMAP's CalDAV server is not installed (cyrus-imapd, cyrus-caldav)"
+        if os.geteuid() != 0:
+            return "Cyrus is started as root, to run as its user cyrus; this test is not root"
+        try:
+            pwd.getpwnam("cyrus")
+        except KeyError:
+            return "there is no user cyrus for Cyrus to run as"
+        return None
+
+    def prepare(self):
+        d = self.dir.name
+        self.config = os.path.join(d, "imapd.conf")
+        self.imap_socket = os.path.join(d, "conf", "socket", "imap")
+        for folder in ("conf/db", "conf/socket", f"conf/log/{USER}", "spool"):
+            os.makedirs(os.path.join(d, folder))
+        with open(self.config, "w") as f:
+            f.write(f"configdirectory: {d}/conf\npartition-default: {d}/spool\n"
+                    f"servername: 127.0.0.1\nadmins: {self.ADMIN[0]}\nallowplaintext: yes\n"
+                    "sasl_pwcheck_method: auxprop\nsasl_auxprop_plugin: sasldb\n"
+                    f"sasl_sasldb_path: {d}/sasldb2\nsasl_mech_list: PLAIN\n"
+                    "httpmodules: caldav\ncaldav_create_default: no\n"
+                    "caldav_create_attach: no\nlmtpsocket: {0}/lmtp\nidlesocket: {0}/idle\n"
+                    "notifysocket: {0}/notify\n".format(f"{d}/conf/socket"))
+        with open(os.path.join(d, "cyrus.conf"), "w") as f:
+            f.write(f'START {{\n  recover cmd="ctl_cyrusdb -r -C {self.config}"\n}}\n'
+                    f'SERVICES {{\n  imap cmd="imapd -C {self.config}" '
+                    f'listen="{self.imap_socket}"\n'
+                    f'  http cmd="httpd -C {self.config}" listen="127.0.0.1:{self.port}"\n}}\n'
+                    "EVENTS {\n}\n")
+        # The realm of a user is the server's name.
+        for user, password in ((USER, PASSWORD), self.ADMIN):
+            subprocess.run(["saslpasswd2", "-f", f"{d}/sasldb2", "-u", "127.0.0.1", "-p", "-c",
+                            user], input=password.encode(), check=True)
+        subprocess.run(["chown", "-R", "cyrus:mail", d], check=True)
+        self.users = []
+
+    def command(self):
+        return [self.MASTER, "-C", self.config, "-M", os.path.join(self.dir.name, "cyrus.conf"),
+                "-p", os.path.join(self.dir.name, "master.pid")]
+
+    def start(self):
+        super().start()
+        if not self.users:
+            self.add_mailbox(USER)
+
+    def add_mailbox(self, user):
+        socket_path = self.imap_socket
+
+        class OnSocket(imaplib.IMAP4):
+            def _create_socket(self, timeout):
+                s = socket.socket(socket.AF_UNIX)
+                s.connect(socket_path)
+                return s
+
+        deadline = time.monotonic() + 30
+        while not os.path.exists(socket_path) and time.monotonic() < deadline:
+            time.sleep(0.1)
+        imap = OnSocket()
+        imap.login(*self.ADMIN)
+        status, said = imap.create(f"user/{user}")
+        imap.logout()
+        if status != "OK":
+            raise RuntimeError(f"Cyrus made no mailbox for {user}: {said}")
+        self.users.append(user)
+
+    def new_collection(self, name):
+        """As Server's, but signed in from the first request: Cyrus answers an anonymous one
+        405, where the caldav module waits for a 401 to sign in."""
+        client = caldav.DAVClient(self.url, auth=requests.auth.HTTPBasicAuth(USER, PASSWORD))
+        calendar = client.principal().make_calendar(
+            name=name, cal_id=name, supported_calendar_component_set=["VTODO"])
+        return str(calendar.url), calendar
+
+    def log_size(self):
+        """Where each telemetry file ends now."""
+        folder = os.path.join(self.dir.name, "conf", "log", USER)
+        return {name: os.path.getsize(os.path.join(folder, name)) for name in os.listdir(folder)}
+
+    def requests_since(self, sizes):
+        """The methods of the requests since `sizes`; one connection's are in one file."""
+        folder = os.path.join(self.dir.name, "conf", "log", USER)
+        methods = []
+        for name in sorted(os.listdir(folder)):
+            with open(os.path.join(folder, name), "rb") as f:
+                f.seek(sizes.get(name, 0) if isinstance(sizes, dict) else 0)
+                text = f.read().decode("utf-8", "replace")
+            methods += re.findall(self.REQUEST_LINE, text, re.MULTILINE)
+        return methods
 
 
 def vtodo(uid, summary=None, **props):
