@@ -42,6 +42,8 @@ install(FILES ${CMAKE_BINARY_DIR}/pindle-sync.service packaging/systemd/pindle-s
 
 if(PINDLE_BUILD_TESTS)
   add_executable(sync_tests
+    tests/sync/collection_url_test.cxx
+    tests/sync/field_merge_test.cxx
     tests/sync/local_matcher_test.cxx
     tests/sync/dav_client_test.cxx
     tests/sync/dav_xml_test.cxx

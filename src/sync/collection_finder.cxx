@@ -50,7 +50,7 @@ bool CollectionFinder::ask(const std::string& url, const char* depth, std::vecto
     }
     DavListing listing;
     if (reply.status != 207) {
-        error = describeStatus(reply.status, reply.reason) + " to a look at " + client_.url();
+        error = describeReply(reply) + " to a look at " + client_.url();
         return false;
     }
     if (!DavXml::parseMultistatus(reply.body, listing, error))
@@ -118,8 +118,7 @@ bool CollectionFinder::make(const std::string& home, const std::string& name, Pl
                       {"Content-Type: application/xml; charset=utf-8"}, reply, error))
         return false;
     if (reply.status != 201) {
-        error = describeStatus(reply.status, reply.reason) + " to making the task list " +
-                client_.url();
+        error = describeReply(reply) + " to making the task list " + client_.url();
         return false;
     }
     return look(client_.url(), made, error);

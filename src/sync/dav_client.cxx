@@ -1,6 +1,7 @@
 // Requests through libcurl: URLs taken apart and put together by curl's URL API, never by hand.
 #include "dav_client.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <cstring>
 #include <memory>
@@ -32,7 +33,7 @@ bool isLoopback(const std::string& host) {
     in_addr address{};
     if (inet_pton(AF_INET, host.c_str(), &address) == 1)
         return (ntohl(address.s_addr) >> 24) == 127;
-    return host == "localhost" || host == "[::1]";
+    return strcasecmp(host.c_str(), "localhost") == 0 || host == "[::1]";
 }
 
 std::string decode(const std::string& text) {
@@ -53,6 +54,11 @@ std::size_t collectBody(char* data, std::size_t size, std::size_t count, void* t
         reading->tooLarge = true;
         return 0;
     }
+    // Grown by doubling up to the cap, never past it, so that a reply near the cap costs the cap
+    // and half of it while it grows, not twice the cap.
+    if (body.size() + bytes > body.capacity())
+        body.reserve(
+            std::min(std::max(2 * body.capacity(), body.size() + bytes), DavClient::kMaxReply));
     body.append(data, bytes);
     return bytes;
 }

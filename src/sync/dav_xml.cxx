@@ -124,9 +124,9 @@ bool readResponse(pugi::xml_node response, DavResource& resource) {
         if (isElement(c, kDav, "propstat"))
             readPropstat(c, resource, components);
     }
-    // A calendar that does not say which components it takes takes them all (RFC 4791 5.2.3).
-    if (!components)
-        resource.holdsTodos = resource.isCalendar;
+    // A calendar that does not say which components it takes takes them all (RFC 4791 5.2.3);
+    // a scheduling inbox or outbox may list VTODO but is no calendar.
+    resource.holdsTodos = resource.isCalendar && (resource.holdsTodos || !components);
     return !resource.href.empty();
 }
 
@@ -178,6 +178,19 @@ std::string mkcalendar(const std::string& displayName) {
         .append_child("c:comp")
         .append_attribute("name") = "VTODO";
     return serialize(doc);
+}
+
+std::string errorCondition(const std::string& body) {
+    pugi::xml_document doc;
+    if (!doc.load_buffer(body.data(), body.size()))
+        return {};
+    pugi::xml_node root = doc.document_element();
+    pugi::xml_node condition =
+        root.find_child([](pugi::xml_node c) { return c.type() == pugi::node_element; });
+    if (!isElement(root, kDav, "error") || !condition)
+        return {};
+    const char* colon = std::strchr(condition.name(), ':');
+    return colon != nullptr ? colon + 1 : condition.name();
 }
 
 bool parseMultistatus(const std::string& body, DavListing& out, std::string& error) {

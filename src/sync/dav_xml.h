@@ -47,6 +47,10 @@ std::string propfindLists();
 // Makes a calendar for VTODOs alone, named `displayName`.
 std::string mkcalendar(const std::string& displayName);
 
+// The name of the precondition or postcondition a WebDAV error body says was broken (the first
+// element inside DAV:error, e.g. "valid-calendar-data"); empty for any other body.
+std::string errorCondition(const std::string& body);
+
 // Reads a 207 Multi-Status body. False, with a reason, when it is not well-formed XML or not a
 // multistatus; responses without an href are skipped.
 bool parseMultistatus(const std::string& body, DavListing& out, std::string& error);

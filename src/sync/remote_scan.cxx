@@ -23,14 +23,18 @@ bool refusesToken(long status) {
 
 } // namespace
 
-std::string describeStatus(long status, const std::string& reason) {
-    if (status == 401)
-        return "the server refused the user name or password (401)";
-    if (status == 403)
-        return "the server forbids this (403)";
-    if (status == 404)
-        return "there is no collection at that URL (404)";
-    return "the server answered " + std::to_string(status) + (reason.empty() ? "" : " " + reason);
+std::string describeReply(const HttpReply& reply) {
+    std::string condition = DavXml::errorCondition(reply.body);
+    std::string code = std::to_string(reply.status) + (condition.empty() ? "" : ", " + condition);
+    if (reply.status == 401)
+        return "the server refused the user name or password (" + code + ")";
+    if (reply.status == 403)
+        return "the server forbids this (" + code + ")";
+    if (reply.status == 404)
+        return "there is no collection at that URL (" + code + ")";
+    return "the server answered " + std::to_string(reply.status) +
+           (reply.reason.empty() ? "" : " " + reply.reason) +
+           (condition.empty() ? "" : " (" + condition + ")");
 }
 
 bool RemoteScan::ask(const char* method, const std::string& body, HttpReply& reply,
@@ -41,7 +45,7 @@ bool RemoteScan::ask(const char* method, const std::string& body, HttpReply& rep
 bool RemoteScan::read(const HttpReply& reply, const char* what, DavListing& listing,
                       std::string& error) {
     if (reply.status != 207) {
-        error = describeStatus(reply.status, reply.reason) + " to " + what;
+        error = describeReply(reply) + " to " + what;
         return false;
     }
     return DavXml::parseMultistatus(reply.body, listing, error);

@@ -346,7 +346,7 @@ bool SyncSession::accepted(const std::string& what, bool sent, const HttpReply& 
     }
     tally_.unsent++;
     if (sent)
-        refusals_.push_back(what + ": " + describeStatus(reply.status, reply.reason));
+        refusals_.push_back(what + ": " + describeReply(reply));
     return false;
 }
 

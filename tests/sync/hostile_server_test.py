@@ -9,6 +9,7 @@ import os
 import pty
 import shutil
 import subprocess
+import sys
 import threading
 import time
 import unittest
@@ -35,6 +36,7 @@ class Hostile(http.server.BaseHTTPRequestHandler):
     from_t1 = None  # (status, body): how a sync-collection from token t1 is answered instead
     put_status = 201  # None: the connection closed with no reply
     put_seconds = 0
+    endless = False  # every REPORT answered with a body that never ends
     puts = 0
     requests = 0
 
@@ -43,7 +45,9 @@ class Hostile(http.server.BaseHTTPRequestHandler):
 
     def do_REPORT(self):
         body = self.body()
-        if b"sync-collection" in body and type(self).sync_collection_status != 207:
+        if type(self).endless:
+            self.send_endlessly()
+        elif b"sync-collection" in body and type(self).sync_collection_status != 207:
             self.answer(type(self).sync_collection_status, b"")
         elif type(self).from_t1 and b">t1</d:sync-token>" in body:
             self.answer(*type(self).from_t1)
@@ -65,6 +69,18 @@ class Hostile(http.server.BaseHTTPRequestHandler):
             return
         time.sleep(type(self).put_seconds)
         self.answer(type(self).put_status, b"", [("ETag", '"new"')])
+
+    def send_endlessly(self):
+        self.send_response(207)
+        self.end_headers()
+        response = (b"<d:response><d:href>/tasks/x.ics</d:href><d:propstat><d:prop><d:getetag>"
+                    b'"x"</d:getetag></d:prop></d:propstat></d:response>') * 500
+        try:
+            self.wfile.write(b'<d:multistatus xmlns:d="DAV:">')
+            while True:
+                self.wfile.write(response)
+        except OSError:  # the client stopped reading and closed
+            self.close_connection = True
 
     def answer(self, status, body, headers=()):
         type(self).requests += 1
@@ -230,6 +246,35 @@ class HostileReplies(unittest.TestCase):
                                     result.stdout)
                     self.assertEqual(self.folder.todos(), [NEW])
                     self.assertEqual(self.folder.state()["todos"], [])
+
+    def peak(self, folder):
+        """A sync of the folder: its status, what it said on stderr and its peak resident
+        memory in MiB."""
+        with open(os.path.join(folder.dir.name, "stderr"), "w+b") as stderr:
+            process = subprocess.Popen(folder.command(self.url), stdout=subprocess.DEVNULL,
+                                       stderr=stderr)
+            _, status, usage = os.wait4(process.pid, 0)
+            process.returncode = os.waitstatus_to_exitcode(status)
+            stderr.seek(0)
+            return process.returncode, stderr.read(), usage.ru_maxrss / 1024
+
+    def test_an_endless_reply_is_cut_off_in_bounded_memory(self):
+        """A server that never stops sending: the sync stops reading at its 32 MiB cap, says the
+        reply was too large rather than that the server could not be reached, changes nothing,
+        and its peak memory stays within the cap of an ordinary sync's (it grew to 530 MB
+        before)."""
+        Hostile.reply = multistatus()
+        ordinary = self.peak(self.new_folder([NEW]))
+        self.serve(endless=True)
+        folder = self.new_folder([NEW])
+        before = folder.snapshot()
+        status, said, peak = self.peak(folder)
+        self.assertEqual((ordinary[0], status, said), (0, 1, (
+            b"pindle_sync: the server's reply was larger than 32 MiB, far more than a task list "
+            b"needs; the sync stopped reading it\n")))
+        self.assertEqual(folder.snapshot(), before)
+        # The reply as it grows to the cap, and what the sanitizers keep of the buffer it left.
+        self.assertLess(peak, ordinary[2] + 3 * 32, f"MiB at the peak; {ordinary[2]} MiB ordinary")
 
     def test_writes_stop_at_the_first_that_cannot_reach_the_server(self):
         """Each write after it would wait out the same failure: none is tried, all are left."""

@@ -5,7 +5,10 @@ Usage: servers_test.py PINDLE_SYNC [PINDLE_TODO] [Radicale|RadicaleOverHttps|Xan
 import datetime
 import fcntl
 import os
+import pty
+import re
 import shutil
+import subprocess
 import sys
 import time
 import unittest
@@ -61,6 +64,9 @@ class ServerCase(fx.ServerCase):
 
 class SyncCases(ServerCase):
     """The table of cases, run against every server."""
+
+    # How the server refuses a task due on 9999-12-31; None when it takes it.
+    REFUSAL = "the server answered 400 Bad Request"
 
     def test_server_changes_come_down_and_deletes_go_both_ways(self):
         folder = self.folder([todo(b"A"), todo(b"B"), todo(b"C"), todo(b"D")])
@@ -202,6 +208,118 @@ class SyncCases(ServerCase):
         self.assert_nothing_new(second)
 
 
+    def test_the_list_is_one_however_spelled_and_another_is_refused(self):
+        """Without its slash, its host in capitals (where the certificate allows a name) and
+        percent-encoded, the list is the one the state belongs to: a deletion and an edit here
+        go up as such. Another list is refused, naming the first, until a start over."""
+        host = "localhost" if self.server.SCHEME == "http" else "127.0.0.1"
+        first = self.url.replace("127.0.0.1", host)
+        spelled = first.replace(host, host.upper()).replace("_", "%5F").rstrip("/")
+        folder = self.folder([todo(b"A"), todo(b"B"), todo(b"C")])
+        self.sync(folder, "--url", first)
+        folder.write([todo(b"A edited"), todo(b"C")])
+        said = self.sync(folder, "--url", spelled).stdout.decode()
+        self.assertIn("sent 0 new, 1 changed, 1 deleted; received 0 new", said)
+        self.assertEqual(([t.description for t in folder.todos()], sorted(by_summary(self.device))),
+                         ([b"A edited", b"C"], ["A edited", "C"]))
+        other, list_there = self.server.new_collection("other" + self.id().split("_")[-1])
+        before, offset = folder.snapshot(), self.server.log_size()
+        result = folder.sync(other, *self.server.sync_options())
+        self.assertEqual(result.returncode, 2, result.stderr)
+        self.assertRegex(result.stderr.decode(), r"^pindle_sync: this folder is synced with "
+                         f"{first.lower()} as alice, not with .*; to sync it with the new one from "
+                         r"now on, run pindle_sync --start-over \(.*\)\n$")
+        self.assertEqual(folder.snapshot(), before)
+        self.assertFalse({"PUT", "DELETE"} & set(self.server.requests_since(offset)))
+        self.sync(folder, "--url", other, "--start-over")
+        self.assertEqual(sorted(by_summary(list_there)), ["A edited", "C"])
+        self.assertEqual([t.description for t in folder.todos()], [b"A edited", b"C"])
+
+    def test_setup_finds_the_list_from_the_servers_address(self):
+        """From the server's address alone, as phones find it: with no task list one is made,
+        with one it is taken, of two (a calendar of events beside them not counting) the one
+        named with --task-list or chosen on the terminal."""
+        server = self.SERVER()  # of its own: the person's lists are all there is
+        self.addCleanup(server.close)
+        home = self.folder([])
+        config = os.path.join(home.dir.name, ".config", "pindle_sync", "config")
+        env = {k: v for k, v in os.environ.items() if not k.startswith("XDG_")}
+        env["HOME"] = home.dir.name
+        command = [fx.PROGRAM, "--setup", "--url", server.url, "--user", fx.USER,
+                   "--password-file", home.password_file, *server.sync_options()]
+
+        def configured():
+            with open(config) as f:
+                return re.search(r"^url = '(.*)'$", f.read(), re.MULTILINE)[1]
+
+        def set_up(*extra):
+            """The run, with no terminal to ask on, and the URL the settings then name."""
+            result = subprocess.run(command + list(extra), env=env, stdout=subprocess.PIPE,
+                                    stderr=subprocess.PIPE, start_new_session=True, timeout=120)
+            return result, configured() if os.path.exists(config) else None
+
+        result, made = set_up()
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertIn(b'with the task list "Pindle ToDo" at', result.stdout)
+        self.assertEqual(set_up()[1], made)
+        _, second = server.new_collection("second")
+        events = second.client.principal().make_calendar(
+            name="events", cal_id="events", supported_calendar_component_set=["VEVENT"])
+        lists = {f"Pindle ToDo  {made}", f"second  {second.url}"}
+        if "VTODO" in events.get_supported_components():  # Xandikos 0.2 takes every kind
+            lists.add(f"events  {events.url}")
+        result, _ = set_up()
+        said = result.stderr.decode().splitlines()
+        self.assertEqual((result.returncode, said[0]), (1, (
+            "pindle_sync: the server has several task lists; name one with --task-list NAME or "
+            "--task-list URL:")))
+        self.assertEqual({re.sub(r"^  \d\. ", "", line) for line in said[1:]}, lists)
+        self.assertEqual(set_up("--task-list", "second")[1], str(second.url))
+        pid, terminal = pty.fork()
+        if pid == 0:
+            os.execve(command[0], command, env)
+        fx.read_terminal(terminal, until=f"(1-{len(lists)})? ".encode())
+        os.write(terminal, b"2\n")
+        shown = fx.read_terminal(terminal)
+        self.assertEqual(os.waitpid(pid, 0)[1], 0, shown)
+        self.assertEqual(configured(), said[2].split()[-1])
+
+    def test_what_the_phone_left_empty_stays_empty_and_edits_merge(self):
+        """A task made on the phone without a due date or priority comes down with today's and
+        5; notes written here go up alone. Ticked done there while a note changes here: one
+        to-do with both, on both sides."""
+        self.device.save_todo(fx.vtodo("bare", "Bare"))
+        folder = self.folder([])
+        self.sync(folder)
+        today = datetime.date.today()
+        came = todo(b"Bare", b"", b"Unassigned", today.month, today.day, today.year, 4)
+        self.assertEqual(folder.todos(), [came])
+        folder.write([came._replace(notes=b"from the desk")])
+        self.sync(folder)
+        self.change_there("Bare", STATUS="COMPLETED")
+        folder.write([came._replace(notes=b"a second note")])
+        said = self.sync(folder).stdout.decode()
+        self.assertIn("received 0 new, 1 changed, 0 deleted; 1 merged, 0 kept twice", said)
+        self.assertEqual(folder.todos(), [came._replace(notes=b"a second note", completed=1)])
+        task = by_summary(self.device)["Bare"]
+        self.assertEqual((str(task["DESCRIPTION"]), str(task["STATUS"]), "DUE" in task,
+                          "PRIORITY" in task), ("a second note", "COMPLETED", False, False))
+        self.assert_nothing_new(folder)
+
+    def test_a_refused_todo_is_named_and_the_others_go_through(self):
+        if self.REFUSAL is None:
+            self.skipTest(f"{self.SERVER.__name__} takes a task due on 9999-12-31")
+        folder = self.folder([todo(b"Good 1"), todo(b"Far future", month=12, day=31, year=9999),
+                              todo(b"Good 2")])
+        for run in ("first", "next"):
+            result = folder.sync(self.url, *self.server.sync_options())
+            self.assertEqual((result.returncode, result.stderr.decode().splitlines()), (1, [
+                f'pindle_sync: not sent: "Far future" (a new task): {self.REFUSAL}',
+                "pindle_sync: 1 change not sent, as the server refused it; the next sync tries "
+                "it again"]), run)
+        self.assertEqual(sorted(by_summary(self.device)), ["Good 1", "Good 2"])
+
+
 class Radicale(SyncCases, unittest.TestCase):
     SERVER = fx.Radicale
 
@@ -232,14 +350,17 @@ class RadicaleOverHttps(SyncCases, unittest.TestCase):
 
 class Xandikos(SyncCases, unittest.TestCase):
     SERVER = fx.Xandikos
+    REFUSAL = None
 
 
 class XandikosWithoutSyncCollection(SyncCases, unittest.TestCase):
     SERVER = fx.XandikosWithoutSyncCollection
+    REFUSAL = None
 
 
 class Cyrus(SyncCases, unittest.TestCase):
     SERVER = fx.Cyrus
+    REFUSAL = "the server forbids this (403, valid-calendar-data)"
 
 
 class BesideTheWindow(ServerCase, unittest.TestCase):

@@ -260,8 +260,11 @@ class Cyrus(Server):
         self.users = []
 
     def command(self):
-        return [self.MASTER, "-C", self.config, "-M", os.path.join(self.dir.name, "cyrus.conf"),
-                "-p", os.path.join(self.dir.name, "master.pid")]
+        # A process group of its own: a master that shuts down signals its whole group, and
+        # would take another test's Cyrus with it.
+        return ["setsid", self.MASTER, "-C", self.config, "-M",
+                os.path.join(self.dir.name, "cyrus.conf"), "-p",
+                os.path.join(self.dir.name, "master.pid")]
 
     def start(self):
         super().start()

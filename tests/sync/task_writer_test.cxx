@@ -54,6 +54,36 @@ TEST(TaskWriter, BuildsANewTaskOrPutsTheFieldsOnTheServersCopy) {
     }
 }
 
+// On the server's copy only the fields asked for change: what the task lacked stays absent,
+// whatever the record holds there. A new task gets every field.
+TEST(TaskWriter, PutsOnlyTheFieldsAskedOnTheServersCopy) {
+    using namespace TodoField;
+    auto record = todoRecord({3, 1, 2030, 4, 1, "Work", "Mine", "new notes"});
+    const std::string server = "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//phone//EN\r\n"
+                               "BEGIN:VTODO\r\nUID:theirs\r\nDTSTAMP:20200101T000000Z\r\n"
+                               "SUMMARY:Theirs\r\nEND:VTODO\r\nEND:VCALENDAR\r\n";
+    const std::tuple<std::string, Set, const char*> cases[] = {
+        {server, Set().set(Notes), "Theirs|new notes|-|-|-|-"},
+        {server, Set().set(Date).set(Completed), "Theirs|-|20300301|-|COMPLETED|-"},
+        {server, Set().set(Priority).set(Category).set(Description), "Mine|-|-|5|-|Work"},
+        {"", Set().set(Notes), "Mine|new notes|20300301|5|COMPLETED|Work"}};
+    for (const auto& [serverIcs, fields, expected] : cases) {
+        Component calendar(
+            icalparser_parse_string(
+                TaskWriter::build(*record, "mine", serverIcs, 1898596800, fields).c_str()),
+            &icalcomponent_free);
+        icalcomponent* vtodo =
+            icalcomponent_get_first_component(calendar.get(), ICAL_VTODO_COMPONENT);
+        ASSERT_NE(vtodo, nullptr);
+        std::string got;
+        for (icalproperty_kind kind :
+             {ICAL_SUMMARY_PROPERTY, ICAL_DESCRIPTION_PROPERTY, ICAL_DUE_PROPERTY,
+              ICAL_PRIORITY_PROPERTY, ICAL_STATUS_PROPERTY, ICAL_CATEGORIES_PROPERTY})
+            got += (got.empty() ? "" : "|") + property(vtodo, kind);
+        EXPECT_EQ(got, expected) << fields;
+    }
+}
+
 TEST(TaskWriter, NewUidsAreRandomAndLookAlike) {
     std::set<std::string> uids;
     for (int i = 0; i < 100; i++) {
