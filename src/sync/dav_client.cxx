@@ -208,6 +208,7 @@ bool DavClient::send(const char* method, const std::string& path, const std::str
         error = describe(result, reading.tooLarge);
         // What was read of an endless reply is let go at once, not kept to the caller's end.
         std::string().swap(reply.body);
+        reply.cutOff = reading.tooLarge;
         return false;
     }
     curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &reply.status);

@@ -18,6 +18,7 @@ struct HttpReply {
     std::string etag;
     std::string location; // where a redirection points, as an absolute URL
     std::string body;
+    bool cutOff = false; // no reply: it was larger than DavClient::kMaxReply
 };
 
 class DavClient {

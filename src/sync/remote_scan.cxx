@@ -103,18 +103,27 @@ void RemoteScan::take(const DavResource& resource) {
     task.readable = resource.hasData && ServerTodo::parse(task.ics, task.todo);
 }
 
+// A batch whose reply passes the cap (tasks with attachments, say) is asked again in halves,
+// down to one task a request: only a single task larger than the cap is past reading.
 bool RemoteScan::fetch(const std::vector<std::string>& paths, std::string& error) {
-    for (std::size_t from = 0; from < paths.size(); from += kMultigetBatch) {
+    std::size_t batch = kMultigetBatch;
+    for (std::size_t from = 0; from < paths.size();) {
         std::vector<std::string> hrefs;
-        for (std::size_t i = from; i < paths.size() && i < from + kMultigetBatch; i++)
+        for (std::size_t i = from; i < paths.size() && i < from + batch; i++)
             hrefs.push_back(client_.hrefFor(paths[i]));
         HttpReply reply;
         DavListing listing;
-        if (!ask("REPORT", DavXml::multiget(hrefs), reply, error) ||
-            !read(reply, "the calendar-multiget REPORT", listing, error))
+        bool answered = ask("REPORT", DavXml::multiget(hrefs), reply, error);
+        if (!answered && reply.cutOff && hrefs.size() > 1) {
+            batch = hrefs.size() / 2;
+            error.clear();
+            continue;
+        }
+        if (!answered || !read(reply, "the calendar-multiget REPORT", listing, error))
             return false;
         for (const DavResource& resource : listing.resources)
             take(resource);
+        from += hrefs.size();
     }
     return true;
 }

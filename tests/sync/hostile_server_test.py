@@ -37,6 +37,8 @@ class Hostile(http.server.BaseHTTPRequestHandler):
     put_status = 201  # None: the connection closed with no reply
     put_seconds = 0
     endless = False  # every REPORT answered with a body that never ends
+    halves = False  # so is a calendar-multiget of more than one task
+    sync_reply = None  # how a sync-collection is answered, when not as any REPORT
     puts = 0
     requests = 0
 
@@ -45,8 +47,10 @@ class Hostile(http.server.BaseHTTPRequestHandler):
 
     def do_REPORT(self):
         body = self.body()
-        if type(self).endless:
+        if type(self).endless or (type(self).halves and body.count(b"<d:href>") > 1):
             self.send_endlessly()
+        elif b"sync-collection" in body and type(self).sync_reply:
+            self.answer(207, type(self).sync_reply)
         elif b"sync-collection" in body and type(self).sync_collection_status != 207:
             self.answer(type(self).sync_collection_status, b"")
         elif type(self).from_t1 and b">t1</d:sync-token>" in body:
@@ -275,6 +279,19 @@ class HostileReplies(unittest.TestCase):
         self.assertEqual(folder.snapshot(), before)
         # The reply as it grows to the cap, and what the sanitizers keep of the buffer it left.
         self.assertLess(peak, ordinary[2] + 3 * 32, f"MiB at the peak; {ordinary[2]} MiB ordinary")
+
+    def test_a_batch_too_large_is_asked_again_in_halves(self):
+        """Tasks listed by ETag whose calendar data, asked for together, passes the cap: each is
+        asked for alone, and both come down."""
+        tasks = multistatus(vtodo(b"UID:a", b"SUMMARY:A"), vtodo(b"UID:b", b"SUMMARY:B"))
+        listed = multistatus(b"", b"").replace(b"<c:calendar-data></c:calendar-data>", b"")
+        self.serve(halves=True, sync_reply=listed)
+        before = Hostile.requests
+        result = self.sync(tasks)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertEqual([t.description for t in self.folder.todos()], [b"A", b"B"])
+        # Answered whole: the look at the list, the listing, then each task alone.
+        self.assertEqual(Hostile.requests - before, 4)
 
     def test_writes_stop_at_the_first_that_cannot_reach_the_server(self):
         """Each write after it would wait out the same failure: none is tried, all are left."""
