@@ -65,7 +65,8 @@ if(PINDLE_BUILD_TESTS)
   # alone. They carry the label "server", which test.sh --sanitize leaves out, so that CI runs
   # them once.
   set(sync_programs $<TARGET_FILE:pindle_sync> $<TARGET_FILE:pindle_todo>)
-  foreach(suite radicale=Radicale,Failures,BesideTheWindow radicale_https=RadicaleOverHttps
+  foreach(suite radicale=Radicale,Failures,BesideTheWindow,UpgradedState
+                radicale_https=RadicaleOverHttps
                 xandikos=Xandikos xandikos_propfind=XandikosWithoutSyncCollection cyrus=Cyrus
                 thousand_todos=Scale)
     string(REGEX REPLACE "=.*" "" name ${suite})

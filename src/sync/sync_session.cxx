@@ -25,6 +25,15 @@ bool succeeded(long status) {
     return status >= 200 && status <= 299;
 }
 
+// The task as the state remembers it from now on, when the listing showed it.
+void remember(SyncEntry& entry, const ServerTask* task) {
+    if (task == nullptr)
+        return;
+    entry.etag = task->etag;
+    entry.remote = task->todo.fieldDigests();
+    entry.remoteKnown = true;
+}
+
 } // namespace
 
 SyncSession::SyncSession(DavClient& client, TodoStore& todos, CategoryStore& categories,
@@ -194,10 +203,7 @@ void SyncSession::settleEntry(std::size_t index) {
 // nothing a to-do shows has a new ETag, and that is all).
 void SyncSession::relink(TodoRecord* record, SyncEntry entry, const ServerTask* task) {
     entry.local = RecordDigest::of(*record);
-    if (task != nullptr) {
-        entry.etag = task->etag;
-        entry.remote = task->todo.fieldDigests();
-    }
+    remember(entry, task);
     links_[record] = entry;
 }
 
@@ -215,10 +221,7 @@ void SyncSession::settleMerge(TodoRecord* record, SyncEntry entry, const ServerT
             now.fields[f] = entry.local.fields[f];
     }
     entry.local = now;
-    if (task != nullptr) {
-        entry.etag = task->etag;
-        entry.remote = task->todo.fieldDigests();
-    }
+    remember(entry, task);
     links_[record] = entry;
     if (merge.fromHere.any())
         changedUploads_.push_back({record, task != nullptr ? task->ics : "", merge.fromHere});
@@ -270,10 +273,8 @@ void SyncSession::takeNew(const ServerTask& task, SyncEntry entry, TodoRecord* r
     record->next = nullptr;
     todos_.append(record);
     tally_.gotNew++;
-    entry.etag = task.etag;
     entry.local = RecordDigest::of(*record);
-    entry.remote = task.todo.fieldDigests();
-    entry.remoteKnown = true;
+    remember(entry, &task);
     links_[record] = entry;
     todosChanged_ = true;
 }
@@ -383,6 +384,7 @@ void SyncSession::sendChanged(const Upload& upload) {
     entry.etag = reply.etag;
     entry.local = RecordDigest::of(*upload.record);
     entry.remote = echo.fieldDigests();
+    entry.remoteKnown = true;
     tally_.sentChanged++;
 }
 

@@ -9,7 +9,6 @@ import os
 import pty
 import shutil
 import subprocess
-import sys
 import threading
 import time
 import unittest

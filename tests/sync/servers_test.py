@@ -1,9 +1,12 @@
 """pindle_sync against real CalDAV servers, the caldav module as the user's second device.
 Usage: servers_test.py PINDLE_SYNC [PINDLE_TODO] [Radicale|RadicaleOverHttps|Xandikos|
-       XandikosWithoutSyncCollection|BesideTheWindow|Failures|Scale[.test_name]]..."""
+       XandikosWithoutSyncCollection|Cyrus|BesideTheWindow|Failures|UpgradedState|
+       Scale[.test_name]]...
+Exits with 77 when a server named cannot be started on this machine, saying why."""
 
 import datetime
 import fcntl
+import json
 import os
 import pty
 import re
@@ -429,6 +432,31 @@ class Failures(ServerCase, unittest.TestCase):
         self.assertEqual(folder.snapshot(), before)
         self.sync(folder)
         self.assertEqual(sorted(by_summary(self.device)), ["A edited"])
+
+class UpgradedState(ServerCase, unittest.TestCase):
+    def test_a_state_of_the_first_version_is_taken_on(self):
+        """It kept one digest per task and the URL as given: a change on each side still goes
+        to the other, nothing is doubled, and the state is then of the second version."""
+        folder = self.folder([todo(b"A"), todo(b"B")])
+        self.sync(folder)
+        state = folder.state()
+        state.update(version=1, url=self.url.rstrip("/"))
+        del state["collection"]
+        for entry in state["todos"]:
+            entry["remote"] = "%016x" % 12345
+            del entry["remote_fields"]
+        fx.private_file(folder.state_file, json.dumps(state))
+        folder.write([todo(b"A", b"notes here"), todo(b"B")])
+        self.change_there("B", PRIORITY=2)
+        self.assertIn(b"sent 0 new, 1 changed, 0 deleted; received 0 new, 1 changed",
+                      self.sync(folder).stdout)
+        self.assertEqual(folder.todos(), [todo(b"A", b"notes here"), todo(b"B", priority=1)])
+        self.assertEqual({s: (str(t.get("DESCRIPTION")), t.get("PRIORITY"))
+                          for s, t in by_summary(self.device).items()},
+                         {"A": ("notes here", 1), "B": ("None", 2)})
+        self.assertEqual(folder.state()["version"], 2)
+        self.assert_nothing_new(folder)
+
 
 class Scale(ServerCase, unittest.TestCase):
     def test_thousand_todos(self):
