@@ -3,6 +3,7 @@
 # line; it links the data layer and the calendar mapping, never the export or the interface.
 
 set(pindle_sync_sources
+  src/sync/collection_check.cxx
   src/sync/collection_finder.cxx
   src/sync/collection_url.cxx
   src/sync/credentials.cxx

@@ -3,8 +3,7 @@
 // ran): the server is read with the folder unlocked, the files are read, merged and written
 // under its lock, and the local changes go up with the folder unlocked again. Then it says what
 // happened.
-#include "collection_finder.h"
-#include "collection_url.h"
+#include "collection_check.h"
 #include "credentials.h"
 #include "data_folder.h"
 #include "data_report.h"
@@ -154,45 +153,6 @@ int syncFolder(bool dryRun, DavClient& client, Folder& folder) {
     return 0;
 }
 
-// Aims the client at the collection the settings name, as the server names it, and makes sure
-// the folder's state belongs to it: a state kept for another collection or user is refused
-// rather than paired again by content, unless the person asks for a start over. The URL as set
-// up, or as the server named it last time, needs no request.
-bool aimAtCollection(const SyncSettings& settings, bool startOver, SyncState& state,
-                     DavClient& client, int& status, std::string& error) {
-    const std::string given = CollectionUrl::normal(settings.url);
-    if (!startOver && state.knows(given, settings.user)) {
-        client.aimAt(state.collection);
-        return true;
-    }
-    CollectionFinder::Place place;
-    status = kFailed;
-    if (!CollectionFinder(client).look(settings.url, place, error))
-        return false;
-    status = kUsage;
-    if (!place.isTaskList) {
-        error = settings.origin("url") + settings.url +
-                " is not a task list (a CalDAV calendar that takes tasks); run pindle_sync "
-                "--setup --url " +
-                settings.url + " --user " + settings.user + " to find yours";
-        return false;
-    }
-    bool fresh = state.url.empty() && state.collection.empty();
-    if (!startOver && !fresh && !state.belongsTo(given, place.url, settings.user)) {
-        error = "this folder is synced with " +
-                (state.collection.empty() ? state.url : state.collection) + " as " + state.user +
-                ", not with " + place.url + " as " + settings.user +
-                "; to sync it with the new one from now on, run pindle_sync --start-over "
-                "(its to-dos and the tasks there are then paired by their fields, and nothing "
-                "is deleted on either side)";
-        return false;
-    }
-    if (startOver || fresh)
-        state.startOver(given, place.url, settings.user);
-    state.collection = place.url;
-    return true;
-}
-
 int syncIn(SyncSettings settings, const SyncOptions& options, const Credentials& credentials) {
     std::string error;
     // Named from where the sync was started, read after it entered the folder.
@@ -217,9 +177,15 @@ int syncIn(SyncSettings settings, const SyncOptions& options, const Credentials&
     if (!folder.state.load(error))
         return fail(kFailed, error);
     DavClient client(settings.url, credentials, settings.caFile);
-    int status = kFailed;
-    if (!aimAtCollection(settings, options.startOver, folder.state, client, status, error))
-        return fail(status, error);
+    switch (CollectionCheck::aim(settings.url, settings.user, options.startOver, folder.state,
+                                 client, error)) {
+    case CollectionCheck::Verdict::Failed:
+        return fail(kFailed, error);
+    case CollectionCheck::Verdict::Refused:
+        return fail(kUsage, error);
+    case CollectionCheck::Verdict::Same:
+        break;
+    }
     return syncFolder(options.dryRun, client, folder);
 }
 

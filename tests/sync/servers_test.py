@@ -158,23 +158,31 @@ class SyncCases(ServerCase):
         self.assertEqual(len(fx.tasks(self.device)), 3)
         self.assert_nothing_new(folder)
 
-    def test_changed_on_both_sides_or_deleted_on_one_keeps_both(self):
-        folder = self.folder([todo(b"A", b"a"), todo(b"B", b"b"), todo(b"C", b"c")])
+    def test_both_sides_changed_merge_by_field_or_keep_both(self):
+        """Ticked done there while its notes change here: one to-do with both. The same field
+        changed on both sides: both kept. Deleted on one side, changed on the other: kept."""
+        folder = self.folder([todo(b"A", b"a"), todo(b"B", b"b"), todo(b"C", b"c"), todo(b"D")])
         self.sync(folder)
         uid = str(by_summary(self.device)["A"]["UID"])
         self.change_there("A", SUMMARY="A on the phone")
         self.change_there("B", SUMMARY="B changed there")
+        self.change_there("D", STATUS="COMPLETED")
         self.there("C").delete()
-        folder.write([todo(b"A here", b"a"), todo(b"C changed here", b"c")])
+        folder.write([todo(b"A here", b"a"), todo(b"C changed here", b"c"), todo(b"D", b"notes")])
         self.assertEqual(self.sync(folder, "--dry-run").stdout.decode().splitlines(), [
             'both sides changed "A here": keeping both', 'down: new "A on the phone"',
-            'down: new "B changed there"', 'up: new "A here"', 'up: new "C changed here"'])
-        self.assertIn(b"1 kept twice", self.sync(folder).stdout)
-        self.assertEqual([t.description for t in folder.todos()],
-                         [b"A here", b"C changed here", b"A on the phone", b"B changed there"])
+            'down: new "B changed there"', 'down: changed "D"', 'up: changed "D"',
+            'up: new "A here"', 'up: new "C changed here"'])
+        self.assertIn(b"1 merged, 1 kept twice", self.sync(folder).stdout)
+        self.assertEqual(folder.todos(), [
+            todo(b"A here", b"a"), todo(b"C changed here", b"c"), todo(b"D", b"notes", completed=1),
+            todo(b"A on the phone", b"a"), todo(b"B changed there", b"b")])
         self.assertEqual(str(fx.tasks(self.device)[uid]["SUMMARY"]), "A on the phone")
-        self.assertEqual(sorted(by_summary(self.device)),
-                         ["A here", "A on the phone", "B changed there", "C changed here"])
+        self.assertEqual({s: (str(t["DESCRIPTION"]), str(t["STATUS"]))
+                          for s, t in by_summary(self.device).items()},
+                         {"A here": ("a", "NEEDS-ACTION"), "A on the phone": ("a", "NEEDS-ACTION"),
+                          "B changed there": ("b", "NEEDS-ACTION"), "D": ("notes", "COMPLETED"),
+                          "C changed here": ("c", "NEEDS-ACTION")})
         self.assert_nothing_new(folder)
 
     def test_texts_come_back_byte_for_byte(self):
@@ -287,10 +295,9 @@ class SyncCases(ServerCase):
         self.assertEqual(os.waitpid(pid, 0)[1], 0, shown)
         self.assertEqual(configured(), said[2].split()[-1])
 
-    def test_what_the_phone_left_empty_stays_empty_and_edits_merge(self):
+    def test_what_the_phone_left_empty_stays_empty(self):
         """A task made on the phone without a due date or priority comes down with today's and
-        5; notes written here go up alone. Ticked done there while a note changes here: one
-        to-do with both, on both sides."""
+        5; its notes written here go up alone, and a priority set there comes down alone."""
         self.device.save_todo(fx.vtodo("bare", "Bare"))
         folder = self.folder([])
         self.sync(folder)
@@ -299,14 +306,13 @@ class SyncCases(ServerCase):
         self.assertEqual(folder.todos(), [came])
         folder.write([came._replace(notes=b"from the desk")])
         self.sync(folder)
-        self.change_there("Bare", STATUS="COMPLETED")
-        folder.write([came._replace(notes=b"a second note")])
-        said = self.sync(folder).stdout.decode()
-        self.assertIn("received 0 new, 1 changed, 0 deleted; 1 merged, 0 kept twice", said)
-        self.assertEqual(folder.todos(), [came._replace(notes=b"a second note", completed=1)])
         task = by_summary(self.device)["Bare"]
-        self.assertEqual((str(task["DESCRIPTION"]), str(task["STATUS"]), "DUE" in task,
-                          "PRIORITY" in task), ("a second note", "COMPLETED", False, False))
+        self.assertEqual((str(task["DESCRIPTION"]), "DUE" in task, "PRIORITY" in task),
+                         ("from the desk", False, False))
+        self.change_there("Bare", PRIORITY=1)
+        self.sync(folder)
+        self.assertEqual(folder.todos(), [came._replace(notes=b"from the desk", priority=0)])
+        self.assertNotIn("DUE", by_summary(self.device)["Bare"])
         self.assert_nothing_new(folder)
 
     def test_a_refused_todo_is_named_and_the_others_go_through(self):

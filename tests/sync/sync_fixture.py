@@ -4,7 +4,6 @@ user's second device, data folders, pindle_sync runs, and the program's window o
 import imaplib
 import json
 import os
-import pwd
 import re
 import select
 import socket
@@ -205,16 +204,17 @@ class XandikosWithoutSyncCollection(Xandikos):
 
 class Cyrus(Server):
     """Cyrus IMAP's CalDAV server, its httpd under its master process, as hosted services run it.
-    It is started as root and runs as its own user, cyrus; settings, store and users (a sasldb)
-    are in the temporary folder. Cyrus keeps calendars only for a user with a mailbox, which an
-    administrator makes over IMAP, on a socket in that folder. It logs to syslog alone; each
-    request is read from its telemetry log instead, one file per process in conf/log/USER."""
+    It is started as root and runs as its own user, cyrus; settings, store and users (a sasldb,
+    whose realm is the server's name) are in the temporary folder. It keeps calendars only for a
+    user with a mailbox, which an administrator makes over IMAP, on a socket in that folder, and
+    a UID names one task among all of a user's calendars (RFC 6638 3.2.4.1). It logs to syslog
+    alone: each request is read from the user's telemetry, a file per process in conf/log/USER."""
 
     MASTER = "/usr/lib/cyrus/bin/master"
     REQUEST_LINE = r"^<\d+<(\w+) "
-    LOGS_ANONYMOUS = False  # a user's telemetry starts once they are signed in
+    LOGS_ANONYMOUS = False  # telemetry starts once the user is signed in
     # It keeps tasks through libical 3.0, which trims the ends of a value and splits CATEGORIES
-    # at escaped commas; a UID is one task among all of a user's calendars (RFC 6638 3.2.4.1).
+    # at escaped commas.
     LOSES = {"category with list separators": "libical splits the category",
              "line breaks: CR becomes LF": "libical trims the tab that starts the notes"}
     ADMIN = ("admin", "admin password")
@@ -226,70 +226,62 @@ class Cyrus(Server):
             return "Cyrus IMAP's CalDAV server is not installed (cyrus-imapd, cyrus-caldav)"
         if os.geteuid() != 0:
             return "Cyrus is started as root, to run as its user cyrus; this test is not root"
-        try:
-            pwd.getpwnam("cyrus")
-        except KeyError:
-            return "there is no user cyrus for Cyrus to run as"
         return None
 
     def prepare(self):
         d = self.dir.name
-        self.config = os.path.join(d, "imapd.conf")
-        self.imap_socket = os.path.join(d, "conf", "socket", "imap")
-        for folder in ("conf/db", "conf/socket", f"conf/log/{USER}", "spool"):
+        self.config, self.telemetry = f"{d}/imapd.conf", f"{d}/conf/log/{USER}"
+        for folder in ("conf/db", "conf/socket", self.telemetry, "spool"):
             os.makedirs(os.path.join(d, folder))
+        settings = {"configdirectory": f"{d}/conf", "partition-default": f"{d}/spool",
+                    "servername": "127.0.0.1", "admins": self.ADMIN[0], "allowplaintext": "yes",
+                    "sasl_pwcheck_method": "auxprop", "sasl_auxprop_plugin": "sasldb",
+                    "sasl_sasldb_path": f"{d}/sasldb2", "sasl_mech_list": "PLAIN",
+                    "httpmodules": "caldav", "caldav_create_default": "no",
+                    "caldav_create_attach": "no", "lmtpsocket": f"{d}/conf/socket/lmtp",
+                    "idlesocket": f"{d}/conf/socket/idle",
+                    "notifysocket": f"{d}/conf/socket/notify"}
         with open(self.config, "w") as f:
-            f.write(f"configdirectory: {d}/conf\npartition-default: {d}/spool\n"
-                    f"servername: 127.0.0.1\nadmins: {self.ADMIN[0]}\nallowplaintext: yes\n"
-                    "sasl_pwcheck_method: auxprop\nsasl_auxprop_plugin: sasldb\n"
-                    f"sasl_sasldb_path: {d}/sasldb2\nsasl_mech_list: PLAIN\n"
-                    "httpmodules: caldav\ncaldav_create_default: no\n"
-                    "caldav_create_attach: no\nlmtpsocket: {0}/lmtp\nidlesocket: {0}/idle\n"
-                    "notifysocket: {0}/notify\n".format(f"{d}/conf/socket"))
-        with open(os.path.join(d, "cyrus.conf"), "w") as f:
-            f.write(f'START {{\n  recover cmd="ctl_cyrusdb -r -C {self.config}"\n}}\n'
-                    f'SERVICES {{\n  imap cmd="imapd -C {self.config}" '
-                    f'listen="{self.imap_socket}"\n'
-                    f'  http cmd="httpd -C {self.config}" listen="127.0.0.1:{self.port}"\n}}\n'
-                    "EVENTS {\n}\n")
-        # The realm of a user is the server's name.
+            f.writelines(f"{key}: {value}\n" for key, value in settings.items())
+        with open(f"{d}/cyrus.conf", "w") as f:
+            f.write(f'START {{\n recover cmd="ctl_cyrusdb -r -C {self.config}"\n}}\nSERVICES {{\n'
+                    f' imap cmd="imapd -C {self.config}" listen="{d}/conf/socket/imap"\n'
+                    f' http cmd="httpd -C {self.config}" listen="127.0.0.1:{self.port}"\n}}\n')
         for user, password in ((USER, PASSWORD), self.ADMIN):
             subprocess.run(["saslpasswd2", "-f", f"{d}/sasldb2", "-u", "127.0.0.1", "-p", "-c",
                             user], input=password.encode(), check=True)
         subprocess.run(["chown", "-R", "cyrus:mail", d], check=True)
-        self.users = []
+        self.has_mailbox = False
 
     def command(self):
         # A process group of its own: a master that shuts down signals its whole group, and
         # would take another test's Cyrus with it.
-        return ["setsid", self.MASTER, "-C", self.config, "-M",
-                os.path.join(self.dir.name, "cyrus.conf"), "-p",
-                os.path.join(self.dir.name, "master.pid")]
+        d = self.dir.name
+        return ["setsid", self.MASTER, "-C", self.config, "-M", f"{d}/cyrus.conf", "-p",
+                f"{d}/master.pid"]
 
     def start(self):
         super().start()
-        if not self.users:
-            self.add_mailbox(USER)
-
-    def add_mailbox(self, user):
-        socket_path = self.imap_socket
+        if self.has_mailbox:
+            return
+        path = f"{self.dir.name}/conf/socket/imap"
 
         class OnSocket(imaplib.IMAP4):
             def _create_socket(self, timeout):
                 s = socket.socket(socket.AF_UNIX)
-                s.connect(socket_path)
+                s.connect(path)
                 return s
 
         deadline = time.monotonic() + 30
-        while not os.path.exists(socket_path) and time.monotonic() < deadline:
+        while not os.path.exists(path) and time.monotonic() < deadline:
             time.sleep(0.1)
         imap = OnSocket()
         imap.login(*self.ADMIN)
-        status, said = imap.create(f"user/{user}")
+        status, said = imap.create(f"user/{USER}")
         imap.logout()
         if status != "OK":
-            raise RuntimeError(f"Cyrus made no mailbox for {user}: {said}")
-        self.users.append(user)
+            raise RuntimeError(f"Cyrus made no mailbox for {USER}: {said}")
+        self.has_mailbox = True
 
     def new_collection(self, name):
         """As Server's, but signed in from the first request: Cyrus answers an anonymous one
@@ -301,18 +293,17 @@ class Cyrus(Server):
 
     def log_size(self):
         """Where each telemetry file ends now."""
-        folder = os.path.join(self.dir.name, "conf", "log", USER)
-        return {name: os.path.getsize(os.path.join(folder, name)) for name in os.listdir(folder)}
+        return {name: os.path.getsize(f"{self.telemetry}/{name}")
+                for name in os.listdir(self.telemetry)}
 
     def requests_since(self, sizes):
         """The methods of the requests since `sizes`; one connection's are in one file."""
-        folder = os.path.join(self.dir.name, "conf", "log", USER)
         methods = []
-        for name in sorted(os.listdir(folder)):
-            with open(os.path.join(folder, name), "rb") as f:
-                f.seek(sizes.get(name, 0) if isinstance(sizes, dict) else 0)
-                text = f.read().decode("utf-8", "replace")
-            methods += re.findall(self.REQUEST_LINE, text, re.MULTILINE)
+        for name in sorted(os.listdir(self.telemetry)):
+            with open(f"{self.telemetry}/{name}", "rb") as f:
+                f.seek(sizes.get(name, 0))
+                methods += re.findall(self.REQUEST_LINE, f.read().decode("utf-8", "replace"),
+                                      re.MULTILINE)
         return methods
 
 
