@@ -6,12 +6,14 @@
 #                 nlohmann-json, libsecret, toml++)
 #   --tests: the companions' libraries and what the test suites run (GoogleTest, Xvfb and
 #            xdotool, xclip, Python, validators, the Radicale, Xandikos and Cyrus IMAP CalDAV
-#            servers with Cyrus's SASL tools, openssl for a server's own certificate, the caldav
+#            servers with Cyrus's SASL tools and the mail transport it wants (msmtp's, which
+#            runs no daemon: exim's fails to install where there is no user mail, as on a
+#            minimal Debian 13), openssl for a server's own certificate, the caldav
 #            client, strace for the calls a save makes, e2fsprogs for a small file system to
 #            fill, a D-Bus session with gnome-keyring and secret-tool, systemd-analyze for the
 #            units)
-# No package's service is started by the install: the tests start their own servers.
 #   PACKAGE...: anything more a script of its own needs (clang for fuzzing, ...)
+# No package's service is started by the install: the tests start their own servers.
 set -euo pipefail
 
 packages=(cmake g++ make libfltk1.3-dev libxxhash-dev)
@@ -20,8 +22,8 @@ companions=(pkg-config libcurl4-openssl-dev libical-dev libpugixml-dev nlohmann-
 tests=(libgtest-dev libgmock-dev xvfb xauth xdotool x11-apps x11-utils imagemagick
        desktop-file-utils appstream man-db groff-base librsvg2-bin
        python3 python3-icalendar radicale xandikos cyrus-imapd cyrus-caldav sasl2-bin
-       libsasl2-modules openssl python3-caldav e2fsprogs xclip strace dbus gnome-keyring
-       libsecret-tools systemd)
+       libsasl2-modules msmtp-mta openssl python3-caldav e2fsprogs xclip strace dbus
+       gnome-keyring libsecret-tools systemd)
 while [ $# -gt 0 ]; do
   case $1 in
   --companions) packages+=("${companions[@]}") ;;

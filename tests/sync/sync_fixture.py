@@ -250,7 +250,7 @@ class Cyrus(Server):
         for user, password in ((USER, PASSWORD), self.ADMIN):
             subprocess.run(["saslpasswd2", "-f", f"{d}/sasldb2", "-u", "127.0.0.1", "-p", "-c",
                             user], input=password.encode(), check=True)
-        subprocess.run(["chown", "-R", "cyrus:mail", d], check=True)
+        subprocess.run(["chown", "-R", "cyrus:", d], check=True)
         self.has_mailbox = False
 
     def command(self):
