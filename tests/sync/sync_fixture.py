@@ -226,6 +226,10 @@ class Cyrus(Server):
             return "Cyrus IMAP's CalDAV server is not installed (cyrus-imapd, cyrus-caldav)"
         if os.geteuid() != 0:
             return "Cyrus is started as root, to run as its user cyrus; this test is not root"
+        if subprocess.run(["runuser", "-u", "cyrus", "--", "test", "-x",
+                           tempfile.gettempdir()]).returncode != 0:
+            return (f"the user cyrus cannot reach {tempfile.gettempdir()} (a root folder closed "
+                    "to other users, as in a chroot made by mktemp -d)")
         return None
 
     def prepare(self):
