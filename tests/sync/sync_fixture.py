@@ -244,7 +244,9 @@ class Cyrus(Server):
                     "httpmodules": "caldav", "caldav_create_default": "no",
                     "caldav_create_attach": "no", "lmtpsocket": f"{d}/conf/socket/lmtp",
                     "idlesocket": f"{d}/conf/socket/idle",
-                    "notifysocket": f"{d}/conf/socket/notify"}
+                    "notifysocket": f"{d}/conf/socket/notify",
+                    # Past any to-do of ordinary text, short of notes of line breaks alone.
+                    "maxmessagesize": 49152}
         with open(self.config, "w") as f:
             f.writelines(f"{key}: {value}\n" for key, value in settings.items())
         with open(f"{d}/cyrus.conf", "w") as f:
