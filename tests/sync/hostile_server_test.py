@@ -234,7 +234,8 @@ class HostileReplies(unittest.TestCase):
         """A refusal names its to-do with the server's status and words, on every run until it
         goes through; a write refused as raced is tried once more, after the task is read."""
         named = b'pindle_sync: not sent: "New here" (a new task): the server answered %d %s\n'
-        left = b"pindle_sync: 1 change not sent, as the server refused it; the next sync tries it again\n"
+        left = (b"pindle_sync: 1 change not sent, as the server refused it; the next sync tries "
+                b"it again\n")
         for status, said, writes in (
                 (412, b"pindle_sync: a task kept changing on the server during the sync; "
                       b"run it again\n", 2),
