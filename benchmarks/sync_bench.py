@@ -1,7 +1,9 @@
 """pindle_sync against each server of the sync suite: the first upload of 1000 generated to-dos
 and a sync with nothing new, beside a floor measured in the same run on the same server: the
 same 1000 PUTs of the same bodies (those pindle_sync sends, as a small recording server took
-them) from Python's http.client on one kept-alive connection, signed in from the first request.
+them) from Python's http.client on one kept-alive connection, signed in from the first request;
+then the first download of those 1000 into an empty folder, with the sync's peak resident
+memory (VmHWM, from wait4's ru_maxrss). Cyrus is left out where it cannot start (not root).
 Usage: sync_bench.py PINDLE_SYNC [--https]; prints one table."""
 
 import base64
@@ -9,6 +11,7 @@ import http.client
 import http.server
 import os
 import ssl
+import subprocess
 import sys
 import threading
 import time
@@ -28,7 +31,8 @@ def generated():
 
 
 class Recorder(http.server.BaseHTTPRequestHandler):
-    """Takes every PUT as a new task; any REPORT gets an empty collection."""
+    """Takes every PUT as a new task; any REPORT gets an empty collection, and a PROPFIND says
+    it is a task list."""
 
     protocol_version = "HTTP/1.1"
     bodies = []
@@ -37,6 +41,13 @@ class Recorder(http.server.BaseHTTPRequestHandler):
         self.rfile.read(int(self.headers["Content-Length"]))
         self.reply(207, b'<d:multistatus xmlns:d="DAV:"><d:sync-token>t</d:sync-token>'
                         b"</d:multistatus>")
+
+    def do_PROPFIND(self):
+        self.rfile.read(int(self.headers.get("Content-Length", 0)))
+        self.reply(207, b'<d:multistatus xmlns:d="DAV:" xmlns:c="urn:ietf:params:xml:ns:caldav">'
+                        b"<d:response><d:href>/tasks/</d:href><d:propstat><d:prop><d:resourcetype>"
+                        b"<c:calendar/></d:resourcetype></d:prop><d:status>HTTP/1.1 200 OK"
+                        b"</d:status></d:propstat></d:response></d:multistatus>")
 
     def do_PUT(self):
         Recorder.bodies.append((os.path.basename(self.path),
@@ -91,11 +102,15 @@ def floor(server, bodies):
 
 
 def timed_sync(server, folder, url):
+    """Seconds, the requests the server saw and the sync's peak resident memory in MiB."""
     offset, start = server.log_size(), time.monotonic()
-    result = folder.sync(url, *server.sync_options())
+    process = subprocess.Popen([*folder.command(url), *server.sync_options()],
+                               stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+    _, status, usage = os.wait4(process.pid, 0)
     taken = time.monotonic() - start
-    assert result.returncode == 0, result.stderr
-    return taken, server.requests_since(offset)
+    assert os.waitstatus_to_exitcode(status) == 0, process.stderr.read()
+    process.stderr.close()
+    return taken, server.requests_since(offset), usage.ru_maxrss / 1024
 
 
 def summary(requests):
@@ -104,17 +119,20 @@ def summary(requests):
 
 def measure(kind, bodies):
     server = kind()
-    folder = fx.Folder(generated(), [b"Unassigned"])
+    folder, second = fx.Folder(generated(), [b"Unassigned"]), fx.Folder()
     try:
         url, _ = server.new_collection("tasks")
-        upload, sent = timed_sync(server, folder, url)
-        again, listed = timed_sync(server, folder, url)
+        upload, sent, _ = timed_sync(server, folder, url)
+        again, listed, _ = timed_sync(server, folder, url)
+        down, got, peak = timed_sync(server, second, url)
         base = floor(server, bodies)
     finally:
         folder.close()
+        second.close()
         server.close()
     return (kind.__name__, f"{upload:.1f} s", f"{base:.1f} s", f"{upload / base:.2f}",
-            summary(sent), f"{again * 1000:.0f} ms", summary(listed))
+            summary(sent), f"{again * 1000:.0f} ms", summary(listed), f"{down:.1f} s",
+            summary(got), f"{peak:.0f} MiB")
 
 
 def main():
@@ -122,9 +140,11 @@ def main():
     kinds = [fx.Radicale, fx.Xandikos, fx.XandikosWithoutSyncCollection]
     if "--https" in sys.argv:
         kinds.append(fx.RadicaleOverHttps)
+    if fx.Cyrus.unavailable() is None:
+        kinds.append(fx.Cyrus)
     bodies = recorded_bodies()
     rows = [("server", "first upload", "floor: 1000 PUTs", "ratio", "upload requests",
-             "nothing new", "its requests")]
+             "nothing new", "its requests", "first download", "its requests", "its peak")]
     rows += [measure(kind, bodies) for kind in kinds]
     widths = [max(len(row[i]) for row in rows) for i in range(len(rows[0]))]
     for row in rows:

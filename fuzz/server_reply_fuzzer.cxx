@@ -1,5 +1,6 @@
-// Fuzz target for what a CalDAV server sends: the input is read as a multistatus reply and every
-// task inside it, and on its own as an iCalendar task. Whatever it holds, each task must land in
+// Fuzz target for what a CalDAV server sends: the input is read as a multistatus reply (the
+// listings and what finds a task list) and every task inside it, as the error body of a refusal,
+// and on its own as an iCalendar task. Whatever it holds, each task must land in
 // a record with every text valid UTF-8 within its field and a priority the list can show.
 #include "dav_xml.h"
 #include "fuzz_check.h"
@@ -45,6 +46,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         for (const DavResource& resource : listing.resources)
             checkTask(resource.calendarData);
     }
+    DavXml::errorCondition(input);
     checkTask(input);
     return 0;
 }

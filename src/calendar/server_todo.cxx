@@ -6,6 +6,8 @@
 #include "ical_text.h"
 #include "utf8_text.h"
 
+#include <cstring>
+#include <initializer_list>
 #include <libical/ical.h>
 #include <memory>
 
@@ -32,12 +34,16 @@ std::string textOf(icalcomponent* vtodo, icalproperty_kind kind) {
     return text != nullptr ? text : "";
 }
 
-int priorityOf(icalcomponent* vtodo) {
+// PRIORITY 0 is "undefined" (RFC 5545 3.8.1.9), as are values the list cannot show.
+void readPriority(icalcomponent* vtodo, ServerTodo& out) {
     icalproperty* p = icalcomponent_get_first_property(vtodo, ICAL_PRIORITY_PROPERTY);
     if (p == nullptr || icalvalue_isa(icalproperty_get_value(p)) != ICAL_INTEGER_VALUE)
-        return ServerTodo::kDefaultPriority;
+        return;
     int value = icalproperty_get_priority(p);
-    return value >= 1 && value <= 9 ? value : ServerTodo::kDefaultPriority;
+    if (value < 1 || value > 9)
+        return;
+    out.hasPriority = true;
+    out.priority = value;
 }
 
 // A DUE with a time keeps the date it is written with; its time of day has no field here.
@@ -71,9 +77,26 @@ void read(icalcomponent* vtodo, ServerTodo& out) {
         Utf8Text::fit(oneLine(textOf(vtodo, ICAL_CATEGORIES_PROPERTY)), ServerTodo::kLineBytes);
     if (out.category.empty())
         out.category = ServerTodo::kDefaultCategory;
-    out.priority = priorityOf(vtodo);
+    readPriority(vtodo, out);
     out.completed = isCompleted(vtodo);
     readDue(vtodo, out);
+}
+
+template <std::size_t N> std::string fieldText(const char (&field)[N]) {
+    return std::string(field, strnlen(field, N));
+}
+
+std::uint32_t digestOf(std::initializer_list<long long> values) {
+    FnvHash hash;
+    for (long long v : values)
+        hash.addInt(v);
+    return static_cast<std::uint32_t>(hash.value());
+}
+
+std::uint32_t digestOf(const std::string& text) {
+    FnvHash hash;
+    hash.addText(text);
+    return static_cast<std::uint32_t>(hash.value());
 }
 
 } // namespace
@@ -93,28 +116,38 @@ bool ServerTodo::parse(const std::string& ics, ServerTodo& out) {
     return true;
 }
 
-void ServerTodo::fill(TodoRecord& record, const CalDate& today) const {
-    record.month = hasDue ? month : today.month;
-    record.day = hasDue ? day : today.day;
-    record.year = hasDue ? year : today.year;
-    record.priority = priority - 1;
-    record.completed = completed ? 1 : 0;
-    // In the order the entry dialog fills them: a 50-byte category or summary has its
-    // terminator in the next field, which the next copy then writes over.
-    record.setCategory(category.c_str());
-    record.setDescription(summary.c_str());
-    record.setNotes(notes.c_str());
+void ServerTodo::fill(TodoRecord& record, const CalDate& today, TodoField::Set fields) const {
+    using namespace TodoField;
+    if (fields[Date]) {
+        record.month = hasDue ? month : today.month;
+        record.day = hasDue ? day : today.day;
+        record.year = hasDue ? year : today.year;
+    }
+    if (fields[Priority])
+        record.priority = priority - 1;
+    if (fields[Completed])
+        record.completed = completed ? 1 : 0;
+    if (!fields[Category] && !fields[Description] && !fields[Notes])
+        return;
+    // The texts lie back to back, and a 50-byte category or summary has its terminator in the
+    // next field: each is written in the entry dialog's order, those not taken from the task
+    // written again as they were, so that every field ends as its own copy leaves it.
+    const std::string kept[] = {fields[Category] ? "" : fieldText(record.category),
+                                fields[Description] ? "" : fieldText(record.description),
+                                fields[Notes] ? "" : fieldText(record.notes)};
+    record.setCategory(fields[Category] ? category.c_str() : kept[0].c_str());
+    record.setDescription(fields[Description] ? summary.c_str() : kept[1].c_str());
+    record.setNotes(fields[Notes] ? notes.c_str() : kept[2].c_str());
 }
 
-std::uint64_t ServerTodo::digest() const {
-    FnvHash hash;
-    hash.addText(summary);
-    hash.addText(notes);
-    hash.addText(category);
-    hash.addInt(hasDue ? year : -1);
-    hash.addInt(hasDue ? month : -1);
-    hash.addInt(hasDue ? day : -1);
-    hash.addInt(priority);
-    hash.addInt(completed ? 1 : 0);
-    return hash.value();
+std::array<std::uint32_t, TodoField::kCount> ServerTodo::fieldDigests() const {
+    using namespace TodoField;
+    std::array<std::uint32_t, kCount> out{};
+    out[Date] = hasDue ? digestOf({year, month, day}) : digestOf({-1});
+    out[Priority] = digestOf({hasPriority ? priority : -1});
+    out[Completed] = digestOf({completed ? 1 : 0});
+    out[Category] = digestOf(category);
+    out[Description] = digestOf(summary);
+    out[Notes] = digestOf(notes);
+    return out;
 }

@@ -5,8 +5,10 @@
 #define PINDLE_SERVER_TODO_H
 
 #include "cal_date.h"
+#include "todo_field.h"
 #include "todo_store.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -22,6 +24,7 @@ struct ServerTodo {
     std::string category;
     bool hasDue = false;
     int year = 0, month = 0, day = 0;
+    bool hasPriority = false;
     int priority = kDefaultPriority; // 1-9 as the list shows it
     bool completed = false;
 
@@ -29,12 +32,15 @@ struct ServerTodo {
     // read at all; missing properties get their defaults.
     static bool parse(const std::string& ics, ServerTodo& out);
 
-    // Writes the fields into `record`, whose other bytes it leaves alone; a task without a
-    // due date gets `today`.
-    void fill(TodoRecord& record, const CalDate& today) const;
+    // Writes `fields` into `record`, whose other fields and bytes it leaves alone; a task
+    // without a due date gets `today`.
+    void fill(TodoRecord& record, const CalDate& today,
+              TodoField::Set fields = TodoField::all()) const;
 
-    // Changes only when a mapped field changes; "no due date" is part of it, today's date is not.
-    std::uint64_t digest() const;
+    // One digest per field, in TodoField's order, of the task's own values: "no due date" and
+    // "no priority" are values of their own, so that today's date or the default priority a
+    // fill gives never counts as a change of the task.
+    std::array<std::uint32_t, TodoField::kCount> fieldDigests() const;
 };
 
 #endif

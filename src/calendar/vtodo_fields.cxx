@@ -49,22 +49,32 @@ void replace(icalcomponent* vtodo, icalproperty* property) {
     icalcomponent_add_property(vtodo, property);
 }
 
-void set(icalcomponent* vtodo, const TodoView& todo) {
-    replace(vtodo, icalproperty_new_summary(cleanText(todo.description()).c_str()));
-    removeAll(vtodo, ICAL_DESCRIPTION_PROPERTY);
-    if (!todo.notes().empty())
-        icalcomponent_add_property(vtodo,
-                                   icalproperty_new_description(cleanText(todo.notes()).c_str()));
-    removeAll(vtodo, ICAL_DUE_PROPERTY);
-    if (todo.hasDate())
-        icalcomponent_add_property(vtodo, icalproperty_new_due(dateOf(todo.record())));
+void set(icalcomponent* vtodo, const TodoView& todo, TodoField::Set fields) {
+    using namespace TodoField;
+    if (fields[Description])
+        replace(vtodo, icalproperty_new_summary(cleanText(todo.description()).c_str()));
+    if (fields[Notes]) {
+        removeAll(vtodo, ICAL_DESCRIPTION_PROPERTY);
+        if (!todo.notes().empty())
+            icalcomponent_add_property(
+                vtodo, icalproperty_new_description(cleanText(todo.notes()).c_str()));
+    }
+    if (fields[Date]) {
+        removeAll(vtodo, ICAL_DUE_PROPERTY);
+        if (todo.hasDate())
+            icalcomponent_add_property(vtodo, icalproperty_new_due(dateOf(todo.record())));
+    }
     // PRIORITY 1-9 runs from highest to lowest, as the list's numbers do; 0 would mean "none".
-    removeAll(vtodo, ICAL_PRIORITY_PROPERTY);
-    if (todo.priority() >= 1 && todo.priority() <= 9)
-        icalcomponent_add_property(vtodo,
-                                   icalproperty_new_priority(static_cast<int>(todo.priority())));
-    setStatus(vtodo, todo.completed());
-    setCategory(vtodo, cleanText(todo.category()));
+    if (fields[Priority]) {
+        removeAll(vtodo, ICAL_PRIORITY_PROPERTY);
+        if (todo.priority() >= 1 && todo.priority() <= 9)
+            icalcomponent_add_property(
+                vtodo, icalproperty_new_priority(static_cast<int>(todo.priority())));
+    }
+    if (fields[Completed])
+        setStatus(vtodo, todo.completed());
+    if (fields[Category])
+        setCategory(vtodo, cleanText(todo.category()));
 }
 
 icalcomponent* newCalendar(const char* prodid) {

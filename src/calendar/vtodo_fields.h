@@ -3,6 +3,7 @@
 #ifndef PINDLE_VTODO_FIELDS_H
 #define PINDLE_VTODO_FIELDS_H
 
+#include "todo_field.h"
 #include "todo_view.h"
 
 #include <libical/ical.h>
@@ -10,10 +11,10 @@
 
 namespace VtodoFields {
 
-// Puts the to-do's SUMMARY, DESCRIPTION, DUE, PRIORITY, STATUS and first CATEGORIES on
-// `vtodo`, replacing those it has; everything else it carries (further categories, alarms, a
-// start date) stays. A field the to-do lacks is removed.
-void set(icalcomponent* vtodo, const TodoView& todo);
+// Puts the to-do's `fields` on `vtodo` (SUMMARY, DESCRIPTION, DUE, PRIORITY, STATUS and the
+// first CATEGORIES), replacing what it has for them; everything else it carries (the other
+// fields, further categories, alarms, a start date) stays. A field the to-do lacks is removed.
+void set(icalcomponent* vtodo, const TodoView& todo, TodoField::Set fields = TodoField::all());
 
 // Puts `property` on `vtodo` in place of every property of its kind there; `vtodo` owns it.
 void replace(icalcomponent* vtodo, icalproperty* property);

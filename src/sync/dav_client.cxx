@@ -1,6 +1,7 @@
 // Requests through libcurl: URLs taken apart and put together by curl's URL API, never by hand.
 #include "dav_client.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <cstring>
 #include <memory>
@@ -9,9 +10,12 @@ namespace {
 
 constexpr long kConnectSeconds = 15;
 constexpr long kRequestSeconds = 120;
-// A reply bigger than this is refused: a task collection of ten thousand to-dos with long
-// notes stays far below it.
-constexpr std::size_t kMaxReply = 512u << 20;
+
+// The body as it comes, until it would pass the cap: then the transfer ends there.
+struct Reading {
+    HttpReply* reply;
+    bool tooLarge = false;
+};
 
 using UrlHandle = std::unique_ptr<CURLU, decltype(&curl_url_cleanup)>;
 
@@ -29,7 +33,7 @@ bool isLoopback(const std::string& host) {
     in_addr address{};
     if (inet_pton(AF_INET, host.c_str(), &address) == 1)
         return (ntohl(address.s_addr) >> 24) == 127;
-    return host == "localhost" || host == "[::1]";
+    return strcasecmp(host.c_str(), "localhost") == 0 || host == "[::1]";
 }
 
 std::string decode(const std::string& text) {
@@ -43,23 +47,43 @@ std::string decode(const std::string& text) {
 }
 
 std::size_t collectBody(char* data, std::size_t size, std::size_t count, void* target) {
-    auto* body = static_cast<std::string*>(target);
+    auto* reading = static_cast<Reading*>(target);
+    std::string& body = reading->reply->body;
     std::size_t bytes = size * count;
-    if (body->size() + bytes > kMaxReply)
+    if (body.size() + bytes > DavClient::kMaxReply) {
+        reading->tooLarge = true;
         return 0;
-    body->append(data, bytes);
+    }
+    // Grown by doubling up to the cap, never past it, so that a reply near the cap costs the cap
+    // and half of it while it grows, not twice the cap.
+    if (body.size() + bytes > body.capacity())
+        body.reserve(
+            std::min(std::max(2 * body.capacity(), body.size() + bytes), DavClient::kMaxReply));
+    body.append(data, bytes);
     return bytes;
 }
 
-// Only the ETag is read from the headers; libcurl has split them into lines.
+std::string trimmed(const std::string& text, std::size_t from) {
+    std::size_t start = text.find_first_not_of(" \t\r\n", from);
+    if (start == std::string::npos)
+        return {};
+    return text.substr(start, text.find_last_not_of(" \t\r\n") - start + 1);
+}
+
+// The status line's words and the ETag; libcurl has split the headers into lines, and gives
+// those of every reply of the exchange (a 401 before the signed-in request's), each starting
+// with its status line.
 std::size_t collectHeader(char* data, std::size_t size, std::size_t count, void* target) {
     std::size_t bytes = size * count;
     std::string line(data, bytes);
-    if (line.size() > 5 && strncasecmp(line.c_str(), "etag:", 5) == 0) {
-        std::size_t start = line.find_first_not_of(" \t\r\n", 5);
-        if (start != std::string::npos)
-            static_cast<HttpReply*>(target)->etag =
-                line.substr(start, line.find_last_not_of(" \t\r\n") - start + 1);
+    HttpReply& reply = *static_cast<Reading*>(target)->reply;
+    if (line.rfind("HTTP/", 0) == 0) {
+        std::size_t code = line.find(' ');
+        std::size_t words = code == std::string::npos ? code : line.find(' ', code + 1);
+        reply.reason = words == std::string::npos ? "" : trimmed(line, words);
+        reply.etag.clear();
+    } else if (line.size() > 5 && strncasecmp(line.c_str(), "etag:", 5) == 0) {
+        reply.etag = trimmed(line, 5);
     }
     return bytes;
 }
@@ -83,14 +107,10 @@ bool DavClient::checkUrl(const std::string& url, bool allowHttp, std::string& er
     return error.empty();
 }
 
-DavClient::DavClient(const std::string& collectionUrl, const Credentials& credentials,
+DavClient::DavClient(const std::string& url, const Credentials& credentials,
                      const std::string& caFile)
-    : curl_(curl_easy_init()), curlError_{}, caFile_(caFile), collectionUrl_(collectionUrl) {
-    UrlHandle handle(curl_url(), &curl_url_cleanup);
-    curl_url_set(handle.get(), CURLUPART_URL, collectionUrl.c_str(), 0);
-    collectionPath_ = decode(urlPart(handle.get(), CURLUPART_PATH));
-    if (collectionPath_.empty() || collectionPath_.back() != '/')
-        collectionPath_ += '/';
+    : curl_(curl_easy_init()), curlError_{}, caFile_(caFile) {
+    aimAt(url);
     CURL* curl = static_cast<CURL*>(curl_);
     curl_easy_setopt(curl, CURLOPT_USERNAME, credentials.user.c_str());
     if (credentials.fromNetrc)
@@ -115,24 +135,36 @@ DavClient::~DavClient() {
     curl_easy_cleanup(static_cast<CURL*>(curl_));
 }
 
+void DavClient::aimAt(const std::string& url) {
+    url_ = url;
+    UrlHandle handle(curl_url(), &curl_url_cleanup);
+    curl_url_set(handle.get(), CURLUPART_URL, url.c_str(), 0);
+    collectionPath_ = decode(urlPart(handle.get(), CURLUPART_PATH));
+    if (collectionPath_.empty() || collectionPath_.back() != '/')
+        collectionPath_ += '/';
+}
+
 std::string DavClient::urlFor(const std::string& path, CURLUPart part) const {
     UrlHandle handle(curl_url(), &curl_url_cleanup);
-    curl_url_set(handle.get(), CURLUPART_URL, collectionUrl_.c_str(), 0);
+    curl_url_set(handle.get(), CURLUPART_URL, url_.c_str(), 0);
     if (!path.empty())
         curl_url_set(handle.get(), CURLUPART_PATH, path.c_str(), CURLU_URLENCODE);
     return urlPart(handle.get(), part);
 }
 
 // libcurl's words, with what to do where a person can do something about it.
-std::string DavClient::describe(int result) const {
+std::string DavClient::describe(int result, bool tooLarge) const {
+    if (tooLarge)
+        return "the server's reply was larger than " + std::to_string(kMaxReply >> 20) +
+               " MiB, far more than a task list needs; the sync stopped reading it";
     std::string what = curlError_[0] != '\0' ? curlError_ : curl_easy_strerror(CURLcode(result));
     if (result == CURLE_PEER_FAILED_VERIFICATION)
-        return "the server's certificate is not trusted (" + what +
+        what = "the server's certificate is not trusted (" + what +
                "); if the server is your own, give its certificate, or the certificate of the "
                "authority that signed it, with --ca-file FILE or ca_file in the settings";
-    if (result == CURLE_SSL_CACERT_BADFILE)
-        return "cannot use the CA file " + caFile_ + " (" + what + ")";
-    return what;
+    else if (result == CURLE_SSL_CACERT_BADFILE)
+        what = "cannot use the CA file " + caFile_ + " (" + what + ")";
+    return "cannot reach the server: " + what;
 }
 
 std::string DavClient::hrefFor(const std::string& path) const {
@@ -141,7 +173,7 @@ std::string DavClient::hrefFor(const std::string& path) const {
 
 std::string DavClient::pathOf(const std::string& href) const {
     UrlHandle handle(curl_url(), &curl_url_cleanup);
-    curl_url_set(handle.get(), CURLUPART_URL, collectionUrl_.c_str(), 0);
+    curl_url_set(handle.get(), CURLUPART_URL, url_.c_str(), 0);
     if (curl_url_set(handle.get(), CURLUPART_URL, href.c_str(), 0) != CURLUE_OK)
         return decode(href);
     return decode(urlPart(handle.get(), CURLUPART_PATH));
@@ -163,8 +195,9 @@ bool DavClient::send(const char* method, const std::string& path, const std::str
     curl_easy_setopt(curl, CURLOPT_POSTFIELDSIZE, static_cast<long>(body.size()));
     curl_easy_setopt(curl, CURLOPT_POST, body.empty() ? 0L : 1L);
     curl_easy_setopt(curl, CURLOPT_HTTPHEADER, list);
-    curl_easy_setopt(curl, CURLOPT_WRITEDATA, &reply.body);
-    curl_easy_setopt(curl, CURLOPT_HEADERDATA, &reply);
+    Reading reading{&reply};
+    curl_easy_setopt(curl, CURLOPT_WRITEDATA, &reading);
+    curl_easy_setopt(curl, CURLOPT_HEADERDATA, &reading);
     requests_++;
     if (std::strcmp(method, "PUT") == 0 || std::strcmp(method, "DELETE") == 0)
         writes_++;
@@ -172,9 +205,15 @@ bool DavClient::send(const char* method, const std::string& path, const std::str
     CURLcode result = curl_easy_perform(curl);
     curl_slist_free_all(list);
     if (result != CURLE_OK) {
-        error = describe(result);
+        error = describe(result, reading.tooLarge);
+        // What was read of an endless reply is let go at once, not kept to the caller's end.
+        std::string().swap(reply.body);
+        reply.cutOff = reading.tooLarge;
         return false;
     }
     curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &reply.status);
+    char* location = nullptr;
+    if (curl_easy_getinfo(curl, CURLINFO_REDIRECT_URL, &location) == CURLE_OK && location)
+        reply.location = location;
     return true;
 }

@@ -68,7 +68,36 @@ long statusCode(pugi::xml_node status) {
     return space != nullptr ? std::strtol(space + 1, nullptr, 10) : 0;
 }
 
-void readPropstat(pugi::xml_node propstat, DavResource& resource) {
+std::string hrefIn(pugi::xml_node property) {
+    return child(property, kDav, "href").text().get();
+}
+
+bool holdsComponent(pugi::xml_node set, const char* name) {
+    for (pugi::xml_node c : set.children()) {
+        if (isElement(c, kCaldav, "comp") && std::strcmp(c.attribute("name").value(), name) == 0)
+            return true;
+    }
+    return false;
+}
+
+// The properties finding a task list asks for; `components` tells whether the calendar said
+// which ones it takes.
+void readListProps(pugi::xml_node prop, DavResource& resource, bool& components) {
+    if (pugi::xml_node type = child(prop, kDav, "resourcetype"))
+        resource.isCalendar = static_cast<bool>(child(type, kCaldav, "calendar"));
+    if (pugi::xml_node set = child(prop, kCaldav, "supported-calendar-component-set")) {
+        components = true;
+        resource.holdsTodos = holdsComponent(set, "VTODO");
+    }
+    if (pugi::xml_node name = child(prop, kDav, "displayname"))
+        resource.displayName = name.text().get();
+    if (pugi::xml_node principal = child(prop, kDav, "current-user-principal"))
+        resource.principal = hrefIn(principal);
+    if (pugi::xml_node home = child(prop, kCaldav, "calendar-home-set"))
+        resource.calendarHome = hrefIn(home);
+}
+
+void readPropstat(pugi::xml_node propstat, DavResource& resource, bool& components) {
     long status = statusCode(child(propstat, kDav, "status"));
     if (status < 200 || status > 299)
         return;
@@ -80,6 +109,7 @@ void readPropstat(pugi::xml_node propstat, DavResource& resource) {
         resource.calendarData = data.text().get();
         resource.hasData = true;
     }
+    readListProps(prop, resource, components);
 }
 
 bool readResponse(pugi::xml_node response, DavResource& resource) {
@@ -89,10 +119,14 @@ bool readResponse(pugi::xml_node response, DavResource& resource) {
     resource.href = href.text().get();
     if (pugi::xml_node status = child(response, kDav, "status"))
         resource.status = statusCode(status);
+    bool components = false;
     for (pugi::xml_node c : response.children()) {
         if (isElement(c, kDav, "propstat"))
-            readPropstat(c, resource);
+            readPropstat(c, resource, components);
     }
+    // A calendar that does not say which components it takes takes them all (RFC 4791 5.2.3);
+    // a scheduling inbox or outbox may list VTODO but is no calendar.
+    resource.holdsTodos = resource.isCalendar && (resource.holdsTodos || !components);
     return !resource.href.empty();
 }
 
@@ -103,7 +137,7 @@ std::string syncCollection(const std::string& token) {
     pugi::xml_node root = reportRoot(doc, "d:sync-collection");
     root.append_child("d:sync-token").text() = token.c_str();
     root.append_child("d:sync-level").text() = "1";
-    askEtagAndData(root);
+    root.append_child("d:prop").append_child("d:getetag");
     return serialize(doc);
 }
 
@@ -123,6 +157,40 @@ std::string propfind() {
     pugi::xml_node prop = root.append_child("d:prop");
     prop.append_child("d:getetag");
     return serialize(doc);
+}
+
+std::string propfindLists() {
+    pugi::xml_document doc;
+    pugi::xml_node prop = reportRoot(doc, "d:propfind").append_child("d:prop");
+    for (const char* name :
+         {"d:resourcetype", "d:displayname", "c:supported-calendar-component-set",
+          "d:current-user-principal", "c:calendar-home-set"})
+        prop.append_child(name);
+    return serialize(doc);
+}
+
+std::string mkcalendar(const std::string& displayName) {
+    pugi::xml_document doc;
+    pugi::xml_node prop =
+        reportRoot(doc, "c:mkcalendar").append_child("d:set").append_child("d:prop");
+    prop.append_child("d:displayname").text() = displayName.c_str();
+    prop.append_child("c:supported-calendar-component-set")
+        .append_child("c:comp")
+        .append_attribute("name") = "VTODO";
+    return serialize(doc);
+}
+
+std::string errorCondition(const std::string& body) {
+    pugi::xml_document doc;
+    if (!doc.load_buffer(body.data(), body.size()))
+        return {};
+    pugi::xml_node root = doc.document_element();
+    pugi::xml_node condition =
+        root.find_child([](pugi::xml_node c) { return c.type() == pugi::node_element; });
+    if (!isElement(root, kDav, "error") || !condition)
+        return {};
+    const char* colon = std::strchr(condition.name(), ':');
+    return colon != nullptr ? colon + 1 : condition.name();
 }
 
 bool parseMultistatus(const std::string& body, DavListing& out, std::string& error) {

@@ -3,6 +3,7 @@
 // ran): the server is read with the folder unlocked, the files are read, merged and written
 // under its lock, and the local changes go up with the folder unlocked again. Then it says what
 // happened.
+#include "collection_check.h"
 #include "credentials.h"
 #include "data_folder.h"
 #include "data_report.h"
@@ -73,9 +74,9 @@ struct Folder {
 
 void report(const SyncSession::Tally& t, int requests, int writes) {
     std::printf("pindle_sync: sent %d new, %d changed, %d deleted; received %d new, %d changed, "
-                "%d deleted; %d kept twice; %d requests, %d writes\n",
+                "%d deleted; %d merged, %d kept twice; %d requests, %d writes\n",
                 t.sentNew, t.sentChanged, t.sentDeleted, t.gotNew, t.gotChanged, t.gotDeleted,
-                t.conflicts, requests, writes);
+                t.merged, t.conflicts, requests, writes);
 }
 
 void add(SyncSession::Tally& total, const SyncSession::Tally& t) {
@@ -85,9 +86,10 @@ void add(SyncSession::Tally& total, const SyncSession::Tally& t) {
     total.gotNew += t.gotNew;
     total.gotChanged += t.gotChanged;
     total.gotDeleted += t.gotDeleted;
+    total.merged += t.merged;
     total.conflicts += t.conflicts;
-    total.unsent += t.unsent;
-    // Only the last pass says whether a race is left.
+    // Only the last pass says what is left: it tries again whatever the first left.
+    total.unsent = t.unsent;
     total.raced = t.raced;
 }
 
@@ -114,6 +116,7 @@ int syncFolder(bool dryRun, DavClient& client, Folder& folder) {
     Progress progress;
     SyncSession::Tally total;
     std::string failure;
+    std::vector<std::string> refusals;
     for (int pass = 0; pass < kPasses; pass++) {
         SyncSession session(client, folder.todos, folder.categories, folder.state, progress,
                             dryRun);
@@ -124,8 +127,8 @@ int syncFolder(bool dryRun, DavClient& client, Folder& folder) {
         for (const std::string& line : session.plan())
             std::printf("%s\n", line.c_str());
         add(total, session.tally());
-        if (failure.empty())
-            failure = session.firstFailure();
+        failure = session.firstFailure();
+        refusals = session.refusals();
         if (!dryRun && !folder.state.save(error))
             return fail(kFailed, error);
         if (total.raced == 0 || dryRun)
@@ -134,15 +137,23 @@ int syncFolder(bool dryRun, DavClient& client, Folder& folder) {
     if (dryRun)
         return 0;
     report(total, client.requests(), client.writes());
+    for (const std::string& refusal : refusals)
+        std::cerr << "pindle_sync: not sent: " << refusal << '\n';
     if (total.raced > 0)
         return fail(kFailed, "a task kept changing on the server during the sync; run it again");
+    std::string unsent = std::to_string(total.unsent) +
+                         (total.unsent == 1 ? " change not sent" : " changes not sent");
     if (!failure.empty())
-        return fail(kFailed, std::to_string(total.unsent) + " changes not sent (" + failure +
-                                 "); run the sync again");
+        return fail(kFailed, unsent + " (" + failure + "); run the sync again");
+    if (total.unsent > 0)
+        return fail(kFailed, unsent + (total.unsent == 1 ? ", as the server refused it; the next "
+                                                           "sync tries it again"
+                                                         : ", as the server refused them; the "
+                                                           "next sync tries them again"));
     return 0;
 }
 
-int syncIn(SyncSettings settings, bool dryRun, const Credentials& credentials) {
+int syncIn(SyncSettings settings, const SyncOptions& options, const Credentials& credentials) {
     std::string error;
     // Named from where the sync was started, read after it entered the folder.
     if (!settings.caFile.empty())
@@ -163,10 +174,19 @@ int syncIn(SyncSettings settings, bool dryRun, const Credentials& credentials) {
     if (!checkFile("pindle_todo.db", error) || !checkFile("cat.db", error))
         return fail(kFailed, error);
     Folder folder;
-    if (!folder.state.load(settings.url, settings.user, error))
+    if (!folder.state.load(error))
         return fail(kFailed, error);
     DavClient client(settings.url, credentials, settings.caFile);
-    return syncFolder(dryRun, client, folder);
+    switch (CollectionCheck::aim(settings.url, settings.user, options.startOver, folder.state,
+                                 client, error)) {
+    case CollectionCheck::Verdict::Failed:
+        return fail(kFailed, error);
+    case CollectionCheck::Verdict::Refused:
+        return fail(kUsage, error);
+    case CollectionCheck::Verdict::Same:
+        break;
+    }
+    return syncFolder(options.dryRun, client, folder);
 }
 
 // The settings file, then the command line over it.
@@ -175,7 +195,7 @@ bool settle(const SyncOptions& options, SyncSettings& settings, std::string& err
     if (!settings.read(SyncSettings::filePath(), found, error))
         return false;
     if (!found && options.url.empty() && options.user.empty() && !options.setup) {
-        error = "not set up yet: run pindle_sync --setup --url COLLECTION-URL --user NAME once";
+        error = "not set up yet: run pindle_sync --setup --url SERVER-URL --user NAME once";
         return false;
     }
     return settings.complete(options, found, error);
@@ -211,12 +231,12 @@ int main(int argc, char** argv) {
     int status = 0;
     Credentials credentials;
     if (options.setup)
-        status = SyncSetup::run(settings, error) ? 0 : fail(kFailed, error);
+        status = SyncSetup::run(settings, options.taskList, error) ? 0 : fail(kFailed, error);
     else if (!Credentials::gather(settings.url, settings.user, settings.password, credentials,
                                   error))
         status = fail(kFailed, error);
     else
-        status = syncIn(settings, options.dryRun, credentials);
+        status = syncIn(settings, options, credentials);
     curl_global_cleanup();
     return status;
 }

@@ -32,6 +32,7 @@ const std::uint32_t kEmptyText = textDigest("");
 } // namespace
 
 RecordDigest RecordDigest::of(const TodoRecord& r) {
+    using namespace TodoField;
     RecordDigest d;
     const std::string texts[] = {text(r.category), text(r.description), text(r.notes)};
     d.fields[Date] = numbers({r.month, r.day, r.year});
@@ -50,10 +51,10 @@ RecordDigest RecordDigest::of(const TodoRecord& r) {
 }
 
 int RecordDigest::likeness(const RecordDigest& a, const RecordDigest& b) {
-    static const int kWeight[kFields] = {1, 1, 1, 1, 4, 2};
+    static const int kWeight[TodoField::kCount] = {1, 1, 1, 1, 4, 2};
     int score = 0;
-    for (int f = 0; f < kFields; f++) {
-        bool emptyNotes = f == Notes && a.fields[f] == kEmptyText;
+    for (int f = 0; f < TodoField::kCount; f++) {
+        bool emptyNotes = f == TodoField::Notes && a.fields[f] == kEmptyText;
         if (a.fields[f] == b.fields[f] && !emptyNotes)
             score += kWeight[f];
     }

@@ -4,16 +4,17 @@
 #ifndef PINDLE_RECORD_DIGEST_H
 #define PINDLE_RECORD_DIGEST_H
 
+#include "todo_field.h"
 #include "todo_store.h"
 
 #include <array>
 #include <cstdint>
 
 struct RecordDigest {
-    enum Field { Date, Priority, Completed, Category, Description, Notes, kFields };
+    using Fields = std::array<std::uint32_t, TodoField::kCount>;
 
     std::uint64_t whole = 0;
-    std::array<std::uint32_t, kFields> fields{};
+    Fields fields{};
 
     static RecordDigest of(const TodoRecord& record);
 

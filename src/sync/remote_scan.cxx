@@ -23,29 +23,29 @@ bool refusesToken(long status) {
 
 } // namespace
 
-std::string describeStatus(long status) {
-    if (status == 401)
-        return "the server refused the user name or password (401)";
-    if (status == 403)
-        return "the server forbids this (403)";
-    if (status == 404)
-        return "there is no collection at that URL (404)";
-    return "the server answered " + std::to_string(status);
+std::string describeReply(const HttpReply& reply) {
+    std::string condition = DavXml::errorCondition(reply.body);
+    std::string code = std::to_string(reply.status) + (condition.empty() ? "" : ", " + condition);
+    if (reply.status == 401)
+        return "the server refused the user name or password (" + code + ")";
+    if (reply.status == 403)
+        return "the server forbids this (" + code + ")";
+    if (reply.status == 404)
+        return "there is no collection at that URL (" + code + ")";
+    return "the server answered " + std::to_string(reply.status) +
+           (reply.reason.empty() ? "" : " " + reply.reason) +
+           (condition.empty() ? "" : " (" + condition + ")");
 }
 
 bool RemoteScan::ask(const char* method, const std::string& body, HttpReply& reply,
                      std::string& error) {
-    if (!client_.send(method, "", body, kXmlHeaders, reply, error)) {
-        error = "cannot reach the server: " + error;
-        return false;
-    }
-    return true;
+    return client_.send(method, "", body, kXmlHeaders, reply, error);
 }
 
 bool RemoteScan::read(const HttpReply& reply, const char* what, DavListing& listing,
                       std::string& error) {
     if (reply.status != 207) {
-        error = describeStatus(reply.status) + " to " + what;
+        error = describeReply(reply) + " to " + what;
         return false;
     }
     return DavXml::parseMultistatus(reply.body, listing, error);
@@ -103,18 +103,27 @@ void RemoteScan::take(const DavResource& resource) {
     task.readable = resource.hasData && ServerTodo::parse(task.ics, task.todo);
 }
 
+// A batch whose reply passes the cap (tasks with attachments, say) is asked again in halves,
+// down to one task a request: only a single task larger than the cap is past reading.
 bool RemoteScan::fetch(const std::vector<std::string>& paths, std::string& error) {
-    for (std::size_t from = 0; from < paths.size(); from += kMultigetBatch) {
+    std::size_t batch = kMultigetBatch;
+    for (std::size_t from = 0; from < paths.size();) {
         std::vector<std::string> hrefs;
-        for (std::size_t i = from; i < paths.size() && i < from + kMultigetBatch; i++)
+        for (std::size_t i = from; i < paths.size() && i < from + batch; i++)
             hrefs.push_back(client_.hrefFor(paths[i]));
         HttpReply reply;
         DavListing listing;
-        if (!ask("REPORT", DavXml::multiget(hrefs), reply, error) ||
-            !read(reply, "the calendar-multiget REPORT", listing, error))
+        bool answered = ask("REPORT", DavXml::multiget(hrefs), reply, error);
+        if (!answered && reply.cutOff && hrefs.size() > 1) {
+            batch = hrefs.size() / 2;
+            error.clear();
+            continue;
+        }
+        if (!answered || !read(reply, "the calendar-multiget REPORT", listing, error))
             return false;
         for (const DavResource& resource : listing.resources)
             take(resource);
+        from += hrefs.size();
     }
     return true;
 }

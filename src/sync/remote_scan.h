@@ -56,7 +56,8 @@ private:
     std::vector<std::string> removed_;
 };
 
-// The sentence for an HTTP status that ended a request.
-std::string describeStatus(long status);
+// The sentence for a reply that ended a request: its status, with the status line's words, and
+// the precondition a WebDAV error body names (RFC 4918 16), such as valid-calendar-data.
+std::string describeReply(const HttpReply& reply);
 
 #endif

@@ -14,7 +14,9 @@ struct SyncOptions {
     std::string user;
     std::string passwordFile;
     std::string caFile;
+    std::string taskList; // with --setup: which of the server's task lists, by name or URL
     bool setup = false;
+    bool startOver = false;
     bool dryRun = false;
     bool allowHttp = false;
     bool help = false;

@@ -25,6 +25,15 @@ bool succeeded(long status) {
     return status >= 200 && status <= 299;
 }
 
+// The task as the state remembers it from now on, when the listing showed it.
+void remember(SyncEntry& entry, const ServerTask* task) {
+    if (task == nullptr)
+        return;
+    entry.etag = task->etag;
+    entry.remote = task->todo.fieldDigests();
+    entry.remoteKnown = true;
+}
+
 } // namespace
 
 SyncSession::SyncSession(DavClient& client, TodoStore& todos, CategoryStore& categories,
@@ -108,71 +117,121 @@ void SyncSession::fetchUploadBases() {
     }
 }
 
-SyncSession::Remote SyncSession::remoteOf(SyncEntry& entry, ServerTask*& task) {
+// The entry's task as the listing shows it, or null when the listing does not show it (it is
+// unchanged) or it holds no readable task (left as it was); `gone` when the server no longer
+// has it.
+ServerTask* SyncSession::listed(const SyncEntry& entry, bool& gone) {
     auto found = scan_.present().find(entry.path);
-    if (found == scan_.present().end()) {
-        bool removed = scan_.complete();
-        for (const std::string& path : scan_.removed())
-            removed = removed || path == entry.path;
-        return removed ? Remote::Gone : Remote::Same;
-    }
-    task = &found->second;
-    if (task->etag == entry.etag || !task->readable)
-        return Remote::Same;
-    if (task->todo.digest() != entry.remote)
-        return Remote::Changed;
-    // Changed only in what no field here shows: the new ETag is all there is to take.
-    entry.etag = task->etag;
-    return Remote::Same;
+    if (found != scan_.present().end())
+        return found->second.readable ? &found->second : nullptr;
+    gone = scan_.complete();
+    for (const std::string& path : scan_.removed())
+        gone = gone || path == entry.path;
+    return nullptr;
+}
+
+// A state of the first version kept no digest of the task's fields. A field whose value the task
+// now has in the record's terms is the one both sides had; the others count as changed there.
+void SyncSession::guessRemoteBase(SyncEntry& entry, const ServerTask& task) {
+    auto mapped = std::make_unique<TodoRecord>();
+    task.todo.fill(*mapped, today_);
+    RecordDigest::Fields there = task.todo.fieldDigests();
+    RecordDigest::Fields mappedHere = RecordDigest::of(*mapped).fields;
+    for (int f = 0; f < TodoField::kCount; f++)
+        entry.remote[f] = mappedHere[f] == entry.local.fields[f] ? there[f] : ~there[f];
+    entry.remoteKnown = true;
+}
+
+// The fields whose values the record and the task share, in the record's terms.
+TodoField::Set SyncSession::agreement(const TodoRecord& record, const ServerTask& task) {
+    auto fromServer = std::make_unique<TodoRecord>(record);
+    task.todo.fill(*fromServer, today_);
+    RecordDigest::Fields here = RecordDigest::of(record).fields;
+    RecordDigest::Fields there = RecordDigest::of(*fromServer).fields;
+    TodoField::Set out;
+    for (int f = 0; f < TodoField::kCount; f++)
+        out[f] = here[f] == there[f];
+    return out;
 }
 
 void SyncSession::settleEntry(std::size_t index) {
+    using FieldMerge::Fate;
     SyncEntry entry = state_.entries[index];
-    ServerTask* task = nullptr;
-    Remote remote = remoteOf(entry, task);
     int at = entryRecord_[index];
-    if (at < 0)
-        settleGoneHere(entry, remote, task);
-    else
-        settleKept(entry, records_[at], remote, task);
-}
-
-void SyncSession::settleKept(SyncEntry entry, TodoRecord* record, Remote remote, ServerTask* task) {
-    bool edited = RecordDigest::of(*record).whole != entry.local.whole;
-    links_[record] = entry;
-    if (remote == Remote::Gone) {
-        links_.erase(record);
-        if (edited)
-            newUploads_.push_back(record);
-        else
-            removeHere(record);
-    } else if (remote == Remote::Changed && !edited) {
-        takeDown(record, *task, entry, false);
-    } else if (remote == Remote::Changed) {
-        auto fromServer = std::make_unique<TodoRecord>(*record);
-        task->todo.fill(*fromServer, today_);
-        if (RecordDigest::of(*fromServer).whole == RecordDigest::of(*record).whole) {
-            entry.etag = task->etag;
-            entry.local = RecordDigest::of(*record);
-            entry.remote = task->todo.digest();
-            links_[record] = entry;
-            return;
-        }
-        tally_.conflicts++;
-        note("both sides changed " + quoted(*record) + ": keeping both");
-        links_.erase(record);
+    TodoRecord* record = at >= 0 ? records_[at] : nullptr;
+    bool gone = false;
+    ServerTask* task = listed(entry, gone);
+    bool changedThere = task != nullptr && task->etag != entry.etag;
+    if (!entry.remoteKnown && task != nullptr)
+        guessRemoteBase(entry, *task);
+    RecordDigest::Fields here =
+        record != nullptr ? RecordDigest::of(*record).fields : RecordDigest::Fields{};
+    RecordDigest::Fields there = changedThere ? task->todo.fieldDigests() : entry.remote;
+    TodoField::Set agree =
+        record != nullptr && changedThere ? agreement(*record, *task) : TodoField::Set();
+    FieldMerge::Result merge =
+        FieldMerge::merge({entry.local.fields, record != nullptr ? &here : nullptr},
+                          {entry.remote, gone ? nullptr : &there}, agree);
+    switch (merge.fate) {
+    case Fate::Same:
+        relink(record, entry, task);
+        break;
+    case Fate::Merge:
+        settleMerge(record, entry, task, merge);
+        break;
+    case Fate::KeepBoth:
+        keepBoth(record, entry, *task);
+        break;
+    case Fate::DeleteHere:
+        removeHere(record);
+        break;
+    case Fate::DeleteThere:
+        deletions_.push_back(entry);
+        break;
+    case Fate::TakeBack:
+        takeNew(*task, entry, new TodoRecord);
+        break;
+    case Fate::SendAgain:
         newUploads_.push_back(record);
-        takeDown(new TodoRecord, *task, entry, true);
-    } else if (edited) {
-        changedUploads_.push_back({record, task != nullptr ? task->ics : std::string()});
+        break;
+    case Fate::Forget:
+        break;
     }
 }
 
-void SyncSession::settleGoneHere(const SyncEntry& entry, Remote remote, ServerTask* task) {
-    if (remote == Remote::Same)
-        deletions_.push_back(entry);
-    else if (remote == Remote::Changed)
-        takeDown(new TodoRecord, *task, entry, true);
+// Nothing to write: the state takes both sides as they are now (a task changed there in
+// nothing a to-do shows has a new ETag, and that is all).
+void SyncSession::relink(TodoRecord* record, SyncEntry entry, const ServerTask* task) {
+    entry.local = RecordDigest::of(*record);
+    remember(entry, task);
+    links_[record] = entry;
+}
+
+// The server's fields come down now; those changed here keep their digests of the last sync in
+// the state until the server has them, so that a write that fails is tried again.
+void SyncSession::settleMerge(TodoRecord* record, SyncEntry entry, const ServerTask* task,
+                              const FieldMerge::Result& merge) {
+    if (merge.fromServer.any())
+        takeFields(record, *task, merge.fromServer);
+    if (merge.fromServer.any() && merge.fromHere.any())
+        tally_.merged++;
+    RecordDigest now = RecordDigest::of(*record);
+    for (int f = 0; f < TodoField::kCount; f++) {
+        if (merge.fromHere[f])
+            now.fields[f] = entry.local.fields[f];
+    }
+    entry.local = now;
+    remember(entry, task);
+    links_[record] = entry;
+    if (merge.fromHere.any())
+        changedUploads_.push_back({record, task != nullptr ? task->ics : "", merge.fromHere});
+}
+
+void SyncSession::keepBoth(TodoRecord* record, const SyncEntry& entry, const ServerTask& task) {
+    tally_.conflicts++;
+    note("both sides changed " + quoted(*record) + ": keeping both");
+    newUploads_.push_back(record);
+    takeNew(task, entry, new TodoRecord);
 }
 
 // Tasks the state does not know. One that matches a to-do new here field for field is that
@@ -190,12 +249,12 @@ void SyncSession::takeServerAdds() {
     for (auto& [path, task] : scan_.present()) {
         if (known.count(path) != 0 || !task.readable)
             continue;
-        SyncEntry entry{task.todo.uid, path, task.etag, {}, task.todo.digest()};
+        SyncEntry entry{task.todo.uid, path, task.etag, {}, task.todo.fieldDigests()};
         auto fromServer = std::make_unique<TodoRecord>();
         task.todo.fill(*fromServer, today_);
         auto twin = newHere.find(RecordDigest::of(*fromServer).whole);
         if (twin == newHere.end()) {
-            takeDown(fromServer.release(), task, entry, true);
+            takeNew(task, entry, fromServer.release());
             continue;
         }
         entry.local = RecordDigest::of(*twin->second);
@@ -206,22 +265,28 @@ void SyncSession::takeServerAdds() {
         newUploads_.push_back(record);
 }
 
-void SyncSession::takeDown(TodoRecord* record, const ServerTask& task, SyncEntry entry,
-                           bool added) {
-    note(std::string(added ? "down: new " : "down: changed ") + "\"" + task.todo.summary + "\"");
+// A task comes down as a new to-do at the end of the list, linked to it.
+void SyncSession::takeNew(const ServerTask& task, SyncEntry entry, TodoRecord* record) {
+    note("down: new \"" + task.todo.summary + "\"");
     task.todo.fill(*record, today_);
     ensureCategory(task.todo.category.c_str());
-    if (added) {
-        record->next = nullptr;
-        todos_.append(record);
-        tally_.gotNew++;
-    } else {
-        tally_.gotChanged++;
-    }
-    entry.etag = task.etag;
+    record->next = nullptr;
+    todos_.append(record);
+    tally_.gotNew++;
     entry.local = RecordDigest::of(*record);
-    entry.remote = task.todo.digest();
+    remember(entry, &task);
     links_[record] = entry;
+    todosChanged_ = true;
+}
+
+// Only the fields changed there: a date or priority filled in here when the task came down
+// stays as it was when the task still has none.
+void SyncSession::takeFields(TodoRecord* record, const ServerTask& task, TodoField::Set fields) {
+    note("down: changed \"" + task.todo.summary + "\"");
+    task.todo.fill(*record, today_, fields);
+    if (fields[TodoField::Category])
+        ensureCategory(task.todo.category.c_str());
+    tally_.gotChanged++;
     todosChanged_ = true;
 }
 
@@ -267,11 +332,12 @@ bool SyncSession::write(const char* method, const std::string& path, const std::
     if (client_.send(method, path, body, headers, reply, error))
         return true;
     offline_ = true;
-    firstFailure_ = "cannot reach the server: " + error;
+    firstFailure_ = error;
     return false;
 }
 
-bool SyncSession::accepted(const char* what, bool sent, const HttpReply& reply) {
+// A refusal names its to-do, so that the person can find what the server will not take.
+bool SyncSession::accepted(const std::string& what, bool sent, const HttpReply& reply) {
     progress_.step();
     if (sent && succeeded(reply.status))
         return true;
@@ -280,8 +346,8 @@ bool SyncSession::accepted(const char* what, bool sent, const HttpReply& reply) 
         return false;
     }
     tally_.unsent++;
-    if (firstFailure_.empty())
-        firstFailure_ = describeStatus(reply.status) + " to " + what;
+    if (sent)
+        refusals_.push_back(what + ": " + describeReply(reply));
     return false;
 }
 
@@ -294,11 +360,11 @@ void SyncSession::sendNew(TodoRecord* record) {
     std::string body = TaskWriter::build(*record, uid, "", std::time(nullptr));
     HttpReply reply;
     bool sent = write("PUT", path, body, {kCalendarType, "If-None-Match: *"}, reply);
-    if (!accepted("a new task", sent, reply))
+    if (!accepted(quoted(*record) + " (a new task)", sent, reply))
         return;
     ServerTodo echo;
     ServerTodo::parse(body, echo);
-    links_[record] = {uid, path, reply.etag, RecordDigest::of(*record), echo.digest()};
+    links_[record] = {uid, path, reply.etag, RecordDigest::of(*record), echo.fieldDigests()};
     tally_.sentNew++;
 }
 
@@ -307,17 +373,18 @@ void SyncSession::sendChanged(const Upload& upload) {
     note("up: changed " + quoted(*upload.record));
     if (dryRun_)
         return;
-    std::string body =
-        TaskWriter::build(*upload.record, entry.uid, upload.serverIcs, std::time(nullptr));
+    std::string body = TaskWriter::build(*upload.record, entry.uid, upload.serverIcs,
+                                         std::time(nullptr), upload.fields);
     HttpReply reply;
     bool sent = write("PUT", entry.path, body, {kCalendarType, "If-Match: " + entry.etag}, reply);
-    if (!accepted("a changed task", sent, reply))
+    if (!accepted(quoted(*upload.record) + " (a change)", sent, reply))
         return;
     ServerTodo echo;
     ServerTodo::parse(body, echo);
     entry.etag = reply.etag;
     entry.local = RecordDigest::of(*upload.record);
-    entry.remote = echo.digest();
+    entry.remote = echo.fieldDigests();
+    entry.remoteKnown = true;
     tally_.sentChanged++;
 }
 
@@ -333,7 +400,7 @@ void SyncSession::sendDelete(const SyncEntry& entry) {
         tally_.sentDeleted++;
         return;
     }
-    if (accepted("a deletion", sent, reply))
+    if (accepted("the to-do deleted here (task " + entry.uid + ")", sent, reply))
         tally_.sentDeleted++;
     else
         dangling_.push_back(entry);

@@ -5,10 +5,13 @@
 // then sends the local changes to the server (each write conditional on the ETag it last saw, so
 // a task changed meanwhile is never overwritten) and brings the state up to date.
 //
-// Nothing is lost: a to-do changed on both sides is kept twice (the server's version comes down
-// as a new local to-do linked to the task, the local one goes up as a new task), and one changed
-// on one side and deleted on the other is kept as changed. A write that fails leaves its to-do
-// as it was in the state, so that the next sync tries again; so does a to-do changed in the files
+// Each synced to-do settles field by field (FieldMerge): what one side changed is taken by the
+// other, what both changed differently is kept twice (the server's version comes down as a new
+// local to-do linked to the task, the local one goes up as a new task), and one changed on one
+// side and deleted on the other is kept as changed. Only the fields changed here go up, put on
+// the server's own copy of the task, so that what the mapping filled in here for a task that
+// lacked it (a date, a priority) stays absent there. A write that fails leaves its fields as they
+// were in the state, so that the next sync tries again; so does a to-do changed in the files
 // after settle, which the next sync finds changed.
 #ifndef PINDLE_SYNC_SESSION_H
 #define PINDLE_SYNC_SESSION_H
@@ -16,6 +19,7 @@
 #include "cal_date.h"
 #include "category_store.h"
 #include "dav_client.h"
+#include "field_merge.h"
 #include "progress.h"
 #include "remote_scan.h"
 #include "sync_state.h"
@@ -30,6 +34,7 @@ public:
     struct Tally {
         int sentNew = 0, sentChanged = 0, sentDeleted = 0;
         int gotNew = 0, gotChanged = 0, gotDeleted = 0;
+        int merged = 0; // changed on both sides in different fields, now one
         int conflicts = 0;
         int unsent = 0; // writes that failed, left for the next sync
         int raced = 0;  // writes refused because the task changed on the server meanwhile
@@ -56,26 +61,33 @@ public:
     bool localChanged() const { return todosChanged_; }
     bool categoriesChanged() const { return categoriesChanged_; }
     const std::string& firstFailure() const { return firstFailure_; }
+    // One line per write the server refused: the to-do, what was sent and the server's answer.
+    const std::vector<std::string>& refusals() const { return refusals_; }
     // With dryRun, one line per change that would be made.
     const std::vector<std::string>& plan() const { return plan_; }
 
 private:
-    enum class Remote { Same, Changed, Gone };
     struct Upload {
         TodoRecord* record;
-        std::string serverIcs; // empty for a new task
+        std::string serverIcs; // empty until fetched
+        TodoField::Set fields; // those changed here
     };
 
     void matchLocal();
     bool fetchChanged(std::string& error);
     void fetchUploadBases();
-    Remote remoteOf(SyncEntry& entry, ServerTask*& task);
+    ServerTask* listed(const SyncEntry& entry, bool& gone);
+    void guessRemoteBase(SyncEntry& entry, const ServerTask& task);
+    TodoField::Set agreement(const TodoRecord& record, const ServerTask& task);
     void settleEntry(std::size_t index);
-    void settleKept(SyncEntry entry, TodoRecord* record, Remote remote, ServerTask* task);
-    void settleGoneHere(const SyncEntry& entry, Remote remote, ServerTask* task);
+    void relink(TodoRecord* record, SyncEntry entry, const ServerTask* task);
+    void settleMerge(TodoRecord* record, SyncEntry entry, const ServerTask* task,
+                     const FieldMerge::Result& merge);
+    void keepBoth(TodoRecord* record, const SyncEntry& entry, const ServerTask& task);
     void takeServerAdds();
 
-    void takeDown(TodoRecord* record, const ServerTask& task, SyncEntry entry, bool added);
+    void takeNew(const ServerTask& task, SyncEntry entry, TodoRecord* record);
+    void takeFields(TodoRecord* record, const ServerTask& task, TodoField::Set fields);
     void removeHere(TodoRecord* record);
     void ensureCategory(const char* name);
 
@@ -85,7 +97,7 @@ private:
     void sendDelete(const SyncEntry& entry);
     bool write(const char* method, const std::string& path, const std::string& body,
                const std::vector<std::string>& headers, HttpReply& reply);
-    bool accepted(const char* what, bool sent, const HttpReply& reply);
+    bool accepted(const std::string& what, bool sent, const HttpReply& reply);
     void catchUpToken();
     void note(const std::string& line);
     void rebuildState(const std::vector<SyncEntry>& stillOnServer);
@@ -115,6 +127,7 @@ private:
     bool categoriesChanged_ = false;
     bool offline_ = false;
     std::string firstFailure_;
+    std::vector<std::string> refusals_;
     std::vector<std::string> plan_;
 };
 

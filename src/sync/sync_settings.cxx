@@ -153,6 +153,10 @@ bool SyncSettings::complete(const SyncOptions& options, bool fromFile, std::stri
         error = "give the user name with --user" + (fromFile ? ", or user" + source : "");
     else if (options.dirGiven && options.dir.empty())
         error = "option --dir needs a folder";
+    else if (!options.taskList.empty() && !options.setup)
+        error = "option --task-list goes with --setup";
+    else if (options.startOver && options.setup)
+        error = "option --start-over goes with a sync, not with --setup";
     return error.empty();
 }
 

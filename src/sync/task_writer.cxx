@@ -40,7 +40,7 @@ void stamp(icalcomponent* vtodo, icalproperty_kind kind, std::time_t now) {
 } // namespace
 
 std::string build(const TodoRecord& record, const std::string& uid, const std::string& serverIcs,
-                  std::time_t now) {
+                  std::time_t now, TodoField::Set fields) {
     icalcomponent* vtodo = nullptr;
     icalcomponent* calendar = serverCalendar(serverIcs, vtodo);
     if (calendar == nullptr) {
@@ -48,10 +48,11 @@ std::string build(const TodoRecord& record, const std::string& uid, const std::s
         vtodo = icalcomponent_new(ICAL_VTODO_COMPONENT);
         icalcomponent_add_property(vtodo, icalproperty_new_uid(uid.c_str()));
         icalcomponent_add_component(calendar, vtodo);
+        fields = TodoField::all();
     }
     stamp(vtodo, ICAL_DTSTAMP_PROPERTY, now);
     stamp(vtodo, ICAL_LASTMODIFIED_PROPERTY, now);
-    VtodoFields::set(vtodo, TodoView(record));
+    VtodoFields::set(vtodo, TodoView(record), fields);
     std::string text = IcalText::write(calendar);
     icalcomponent_free(calendar);
     return text;

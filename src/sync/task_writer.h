@@ -4,6 +4,7 @@
 #ifndef PINDLE_TASK_WRITER_H
 #define PINDLE_TASK_WRITER_H
 
+#include "todo_field.h"
 #include "todo_store.h"
 
 #include <ctime>
@@ -11,9 +12,10 @@
 
 namespace TaskWriter {
 
-// `serverIcs` may be empty or unreadable; the task then starts afresh with `uid`.
+// `fields` of the record put on `serverIcs`, the server's copy. It may be empty or unreadable;
+// the task then starts afresh with `uid` and every field.
 std::string build(const TodoRecord& record, const std::string& uid, const std::string& serverIcs,
-                  std::time_t now);
+                  std::time_t now, TodoField::Set fields = TodoField::all());
 
 // A new UID: 128 random bits.
 std::string newUid();

@@ -1,10 +1,12 @@
 // What a server's task becomes locally: defaults for what it lacks or holds in an odd form, and
 // texts cut to their fields without splitting a character.
 #include "server_todo.h"
+#include "support/store_helpers.h"
+#include "todo_view.h"
 
 #include <gtest/gtest.h>
 
-#include <set>
+#include <map>
 #include <string>
 #include <tuple>
 
@@ -57,27 +59,64 @@ TEST(ServerTodo, RefusesWhatHoldsNoTask) {
         EXPECT_FALSE(ServerTodo::parse(ics, todo)) << ics;
 }
 
-// A change to any one mapped field changes the digest; so does losing the due date.
-TEST(ServerTodo, DigestFollowsEveryMappedField) {
-    const char* base = "SUMMARY:s\r\nDESCRIPTION:d\r\nCATEGORIES:c\r\nPRIORITY:2\r\n";
-    std::set<std::uint64_t> digests;
-    ServerTodo todo;
-    for (const char* variant : {"DUE;VALUE=DATE:20300102\r\n", "DUE;VALUE=DATE:20310102\r\n",
-                                "DUE;VALUE=DATE:20300202\r\n", "DUE;VALUE=DATE:20300103\r\n", "",
-                                "DUE;VALUE=DATE:20300102\r\nSTATUS:COMPLETED\r\n",
-                                "DUE;VALUE=DATE:20300102\r\nSUMMARY:t\r\n",
-                                "DUE;VALUE=DATE:20300102\r\nDESCRIPTION:e\r\n",
-                                "DUE;VALUE=DATE:20300102\r\nCATEGORIES:b\r\n",
-                                "DUE;VALUE=DATE:20300102\r\nPRIORITY:3\r\n"}) {
-        // The variant's properties come first: libical reads the first of each.
-        ASSERT_TRUE(ServerTodo::parse(calendar(std::string(variant) + base), todo)) << variant;
-        EXPECT_TRUE(digests.insert(todo.digest()).second) << variant;
+// Each property moves its own field's digest and no other; a task without DUE or PRIORITY has a
+// value of its own there, not the date or priority a fill gives it.
+TEST(ServerTodo, EachPropertyMovesItsOwnFieldDigest) {
+    using namespace TodoField;
+    const std::map<std::string, std::string> base = {
+        {"SUMMARY", "s"},  {"DESCRIPTION", "d"},           {"CATEGORIES", "c"},
+        {"PRIORITY", "2"}, {"DUE;VALUE=DATE", "20300102"}, {"STATUS", "NEEDS-ACTION"}};
+    auto digests = [](const std::map<std::string, std::string>& props) {
+        std::string lines;
+        for (const auto& [name, value] : props)
+            lines += value.empty() ? "" : name + ":" + value + "\r\n";
+        ServerTodo todo;
+        EXPECT_TRUE(ServerTodo::parse(calendar(lines), todo)) << lines;
+        return todo.fieldDigests();
+    };
+    const auto before = digests(base);
+    const std::tuple<const char*, const char*, Index> changes[] = {
+        {"DUE;VALUE=DATE", "20310102", Date}, {"DUE;VALUE=DATE", "20300202", Date},
+        {"DUE;VALUE=DATE", "20300103", Date}, {"DUE;VALUE=DATE", "", Date},
+        {"PRIORITY", "3", Priority},          {"PRIORITY", "", Priority},
+        {"STATUS", "COMPLETED", Completed},   {"CATEGORIES", "b", Category},
+        {"SUMMARY", "t", Description},        {"DESCRIPTION", "e", Notes}};
+    for (const auto& [name, value, field] : changes) {
+        auto props = base;
+        props[name] = value;
+        const auto after = digests(props);
+        for (int f = 0; f < kCount; f++)
+            EXPECT_EQ(after[f] != before[f], f == field) << name << ":" << value << " field " << f;
     }
-    // Without DUE a task takes the day it comes down on; its digest stays the same.
-    ASSERT_TRUE(ServerTodo::parse(calendar(base), todo));
-    TodoRecord record;
-    todo.fill(record, {5, 6, 2031});
-    EXPECT_EQ(std::make_tuple(record.year, record.month, record.day), std::make_tuple(2031, 5, 6));
+}
+
+// A fill of some fields leaves the others as they were, texts included: a 50-byte summary,
+// whose terminator falls on the notes, leaves the notes whole.
+TEST(ServerTodo, FillsOnlyTheFieldsAsked) {
+    using namespace TodoField;
+    ServerTodo todo;
+    ASSERT_TRUE(ServerTodo::parse(calendar("SUMMARY:" + std::string(50, 'x') +
+                                           "\r\nDESCRIPTION:theirs\r\nPRIORITY:1\r\n"
+                                           "CATEGORIES:Theirs\r\nSTATUS:COMPLETED\r\n"),
+                                  todo));
+    const std::pair<Set, const char*> cases[] = {
+        {Set().set(Description),
+         "1 2 2030 4 0 Mine|xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx|notes"},
+        {Set().set(Category).set(Priority), "1 2 2030 0 0 Theirs|mine|notes"},
+        {Set().set(Notes).set(Completed), "1 2 2030 4 1 Mine|mine|theirs"},
+        {Set().set(Date), "5 6 2031 4 0 Mine|mine|notes"},
+        {all(), "5 6 2031 0 1 Theirs|xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx|theirs"}};
+    for (const auto& [fields, expected] : cases) {
+        auto record = todoRecord({1, 2, 2030, 4, 0, "Mine", "mine", "notes"});
+        todo.fill(*record, {5, 6, 2031}, fields);
+        TodoView view(*record);
+        EXPECT_EQ(std::to_string(record->month) + " " + std::to_string(record->day) + " " +
+                      std::to_string(record->year) + " " + std::to_string(record->priority) + " " +
+                      std::to_string(record->completed) + " " + view.category() + "|" +
+                      view.description() + "|" + view.notes(),
+                  expected)
+            << fields;
+    }
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 #include <string>
 #include <tuple>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -54,6 +55,62 @@ TEST(DavXml, RefusesWhatIsNoMultistatus) {
         EXPECT_FALSE(DavXml::parseMultistatus(body, listing, error)) << body;
         EXPECT_EQ(error.rfind(reason, 0), 0u) << error;
     }
+}
+
+// What tells a task list from other calendars, a principal and a calendar home: a calendar
+// that lists no components takes them all (RFC 4791 5.2.3).
+TEST(DavXml, ReadsWhatFindsATaskList) {
+    DavListing listing;
+    std::string error;
+    ASSERT_TRUE(DavXml::parseMultistatus(
+        R"(<multistatus xmlns="DAV:" xmlns:C="urn:ietf:params:xml:ns:caldav">
+           <response><href>/home/</href><propstat><status>HTTP/1.1 200 OK</status><prop>
+             <resourcetype><collection/></resourcetype>
+             <current-user-principal><href>/p/alice/</href></current-user-principal>
+             <C:calendar-home-set><href>/home/</href></C:calendar-home-set></prop></propstat>
+             <propstat><status>HTTP/1.1 404 Not Found</status><prop><displayname/></prop>
+           </propstat></response>
+           <response><href>/home/tasks/</href><propstat><status>HTTP/1.1 200 OK</status><prop>
+             <resourcetype><collection/><C:calendar/></resourcetype><displayname>Tasks</displayname>
+             <C:supported-calendar-component-set><C:comp name="VEVENT"/><C:comp name="VTODO"/>
+             </C:supported-calendar-component-set></prop></propstat></response>
+           <response><href>/home/events/</href><propstat><status>HTTP/1.1 200 OK</status><prop>
+             <resourcetype><collection/><C:calendar/></resourcetype>
+             <C:supported-calendar-component-set><C:comp name="VEVENT"/>
+             </C:supported-calendar-component-set></prop></propstat></response>
+           <response><href>/home/any/</href><propstat><status>HTTP/1.1 200 OK</status><prop>
+             <resourcetype><collection/><C:calendar/></resourcetype></prop></propstat>
+           </response>
+           <response><href>/home/Inbox/</href><propstat><status>HTTP/1.1 200 OK</status><prop>
+             <resourcetype><collection/><C:schedule-inbox/></resourcetype>
+             <C:supported-calendar-component-set><C:comp name="VTODO"/>
+             </C:supported-calendar-component-set></prop></propstat></response></multistatus>)",
+        listing, error))
+        << error;
+    std::vector<std::tuple<std::string, bool, bool, std::string, std::string, std::string>> read;
+    for (const DavResource& r : listing.resources)
+        read.emplace_back(r.href, r.isCalendar, r.holdsTodos, r.displayName, r.principal,
+                          r.calendarHome);
+    EXPECT_EQ(read, (decltype(read){{"/home/", false, false, "", "/p/alice/", "/home/"},
+                                    {"/home/tasks/", true, true, "Tasks", "", ""},
+                                    {"/home/events/", true, false, "", "", ""},
+                                    {"/home/any/", true, true, "", "", ""},
+                                    {"/home/Inbox/", false, false, "", "", ""}}));
+}
+
+TEST(DavXml, NamesTheConditionAnErrorBodyGives) {
+    const std::pair<const char*, const char*> cases[] = {
+        {R"(<d:error xmlns:d="DAV:" xmlns:c="urn:ietf:params:xml:ns:caldav"><c:valid-calendar-data/>
+            </d:error>)",
+         "valid-calendar-data"},
+        {R"(<error xmlns="DAV:"><no-uid-conflict><href>/x</href></no-uid-conflict></error>)",
+         "no-uid-conflict"},
+        {"<error xmlns=\"DAV:\"/>", ""},
+        {"<html><body>Forbidden</body></html>", ""},
+        {"Bad Request", ""},
+    };
+    for (const auto& [body, condition] : cases)
+        EXPECT_EQ(DavXml::errorCondition(body), condition) << body;
 }
 
 } // namespace

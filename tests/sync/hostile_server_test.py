@@ -19,6 +19,12 @@ from records import Todo
 
 NEW = Todo(1, 2, 2030, 0, 0, b"Unassigned", b"New here", b"")
 T2 = b"<d:sync-token>t2</d:sync-token>"
+# What a look at the collection itself finds: a calendar that takes tasks.
+COLLECTION = (b'<d:multistatus xmlns:d="DAV:" xmlns:c="urn:ietf:params:xml:ns:caldav"><d:response>'
+              b"<d:href>/tasks/</d:href><d:propstat><d:prop><d:resourcetype><d:collection/>"
+              b'<c:calendar/></d:resourcetype><c:supported-calendar-component-set><c:comp name='
+              b'"VTODO"/></c:supported-calendar-component-set></d:prop><d:status>HTTP/1.1 200 OK'
+              b"</d:status></d:propstat></d:response></d:multistatus>")
 
 
 class Hostile(http.server.BaseHTTPRequestHandler):
@@ -29,6 +35,9 @@ class Hostile(http.server.BaseHTTPRequestHandler):
     from_t1 = None  # (status, body): how a sync-collection from token t1 is answered instead
     put_status = 201  # None: the connection closed with no reply
     put_seconds = 0
+    endless = False  # every REPORT answered with a body that never ends
+    halves = False  # so is a calendar-multiget of more than one task
+    sync_reply = None  # how a sync-collection is answered, when not as any REPORT
     puts = 0
     requests = 0
 
@@ -37,7 +46,11 @@ class Hostile(http.server.BaseHTTPRequestHandler):
 
     def do_REPORT(self):
         body = self.body()
-        if b"sync-collection" in body and type(self).sync_collection_status != 207:
+        if type(self).endless or (type(self).halves and body.count(b"<d:href>") > 1):
+            self.send_endlessly()
+        elif b"sync-collection" in body and type(self).sync_reply:
+            self.answer(207, type(self).sync_reply)
+        elif b"sync-collection" in body and type(self).sync_collection_status != 207:
             self.answer(type(self).sync_collection_status, b"")
         elif type(self).from_t1 and b">t1</d:sync-token>" in body:
             self.answer(*type(self).from_t1)
@@ -46,7 +59,10 @@ class Hostile(http.server.BaseHTTPRequestHandler):
 
     def do_PROPFIND(self):
         self.body()
-        self.answer(type(self).propfind_status, type(self).listing)
+        if self.headers.get("Depth") == "0":
+            self.answer(207, COLLECTION)
+        else:
+            self.answer(type(self).propfind_status, type(self).listing)
 
     def do_PUT(self):
         self.body()
@@ -56,6 +72,18 @@ class Hostile(http.server.BaseHTTPRequestHandler):
             return
         time.sleep(type(self).put_seconds)
         self.answer(type(self).put_status, b"", [("ETag", '"new"')])
+
+    def send_endlessly(self):
+        self.send_response(207)
+        self.end_headers()
+        response = (b"<d:response><d:href>/tasks/x.ics</d:href><d:propstat><d:prop><d:getetag>"
+                    b'"x"</d:getetag></d:prop></d:propstat></d:response>') * 500
+        try:
+            self.wfile.write(b'<d:multistatus xmlns:d="DAV:">')
+            while True:
+                self.wfile.write(response)
+        except OSError:  # the client stopped reading and closed
+            self.close_connection = True
 
     def answer(self, status, body, headers=()):
         type(self).requests += 1
@@ -110,16 +138,16 @@ class HostileReplies(unittest.TestCase):
         self.addCleanup(folder.close)
         return folder
 
-    def sync(self, reply, todos=(), again=False):
+    def sync(self, reply, todos=(), again=False, lines=1):
         """A sync of a new folder with these to-dos, or `again` of the last one; the server
-        answers the REPORT with `reply`."""
+        answers the REPORT with `reply`. It says at most `lines` lines on stderr."""
         Hostile.reply = reply
         if not again:
             self.folder = self.new_folder(todos)
         result = self.folder.sync(self.url)
         self.assertGreaterEqual(result.returncode, 0, "killed by a signal")
         self.assertNotIn(b"Sanitizer", result.stderr)
-        self.assertLessEqual(len(result.stderr.splitlines()), 1, result.stderr)
+        self.assertLessEqual(len(result.stderr.splitlines()), lines, result.stderr)
         return result
 
     def test_odd_tasks_land_within_their_fields(self):
@@ -189,29 +217,81 @@ class HostileReplies(unittest.TestCase):
                 result = self.sync(multistatus(vtodo(b"UID:a", b"SUMMARY:Listed by ETag")))
                 self.assertEqual(result.returncode, 0 if listed else 1, result.stderr)
                 # An error ends the sync there, naming the request it answered.
-                refused = b"pindle_sync: the server answered 500 to the sync REPORT\n"
+                # After the look at the collection that every first sync takes.
+                refused = (b"pindle_sync: the server answered 500 Internal Server Error to the "
+                           b"sync REPORT\n")
                 self.assertEqual((result.stderr, Hostile.requests - before),
-                                 (b"", 3) if listed else (refused, 1))
+                                 (b"", 4) if listed else (refused, 2))
                 self.assertEqual(result.stdout, b"pindle_sync: sent 0 new, 0 changed, 0 deleted; "
-                                 b"received 1 new, 0 changed, 0 deleted; 0 kept twice; "
-                                 b"3 requests, 0 writes\n" if listed else b"")
+                                 b"received 1 new, 0 changed, 0 deleted; 0 merged, 0 kept twice; "
+                                 b"4 requests, 0 writes\n" if listed else b"")
                 self.assertEqual([t.description for t in self.folder.todos()],
                                  [b"Listed by ETag"] if listed else [])
                 if listed:
                     self.assertIsNone(self.folder.state()["sync_token"])
 
-    def test_refused_writes_are_reported_and_left_for_the_next_sync(self):
-        # A write refused as raced is tried once more, after the task is read again.
-        for status, reason, writes in ((412, b"kept changing", 2), (300, b"answered 300", 1),
-                                       (500, b"answered 500", 1)):
+    def test_refused_writes_are_named_and_left_for_the_next_sync(self):
+        """A refusal names its to-do with the server's status and words, on every run until it
+        goes through; a write refused as raced is tried once more, after the task is read."""
+        named = b'pindle_sync: not sent: "New here" (a new task): the server answered %d %s\n'
+        left = (b"pindle_sync: 1 change not sent, as the server refused it; the next sync tries "
+                b"it again\n")
+        for status, said, writes in (
+                (412, b"pindle_sync: a task kept changing on the server during the sync; "
+                      b"run it again\n", 2),
+                (300, named % (300, b"Multiple Choices") + left, 1),
+                (500, named % (500, b"Internal Server Error") + left, 1)):
             with self.subTest(status=status):
                 self.serve(put_status=status)
-                result = self.sync(multistatus(), [NEW])
-                self.assertEqual(result.returncode, 1)
-                self.assertIn(reason, result.stderr)
-                self.assertTrue(result.stdout.endswith(b" %d writes\n" % writes), result.stdout)
-                self.assertEqual(self.folder.todos(), [NEW])
-                self.assertEqual(self.folder.state()["todos"], [])
+                for again in (False, True):
+                    result = self.sync(multistatus(), [NEW], again=again, lines=2)
+                    self.assertEqual((result.returncode, result.stderr), (1, said))
+                    self.assertTrue(result.stdout.endswith(b" %d writes\n" % writes),
+                                    result.stdout)
+                    self.assertEqual(self.folder.todos(), [NEW])
+                    self.assertEqual(self.folder.state()["todos"], [])
+
+    def peak(self, folder):
+        """A sync of the folder: its status, what it said on stderr and its peak resident
+        memory in MiB."""
+        with open(os.path.join(folder.dir.name, "stderr"), "w+b") as stderr:
+            process = subprocess.Popen(folder.command(self.url), stdout=subprocess.DEVNULL,
+                                       stderr=stderr)
+            _, status, usage = os.wait4(process.pid, 0)
+            process.returncode = os.waitstatus_to_exitcode(status)
+            stderr.seek(0)
+            return process.returncode, stderr.read(), usage.ru_maxrss / 1024
+
+    def test_an_endless_reply_is_cut_off_in_bounded_memory(self):
+        """A server that never stops sending: the sync stops reading at its 32 MiB cap, says the
+        reply was too large rather than that the server could not be reached, changes nothing,
+        and its peak memory stays within the cap of an ordinary sync's (it grew to 530 MB
+        before)."""
+        Hostile.reply = multistatus()
+        ordinary = self.peak(self.new_folder([NEW]))
+        self.serve(endless=True)
+        folder = self.new_folder([NEW])
+        before = folder.snapshot()
+        status, said, peak = self.peak(folder)
+        self.assertEqual((ordinary[0], status, said), (0, 1, (
+            b"pindle_sync: the server's reply was larger than 32 MiB, far more than a task list "
+            b"needs; the sync stopped reading it\n")))
+        self.assertEqual(folder.snapshot(), before)
+        # The reply as it grows to the cap, and what the sanitizers keep of the buffer it left.
+        self.assertLess(peak, ordinary[2] + 3 * 32, f"MiB at the peak; {ordinary[2]} MiB ordinary")
+
+    def test_a_batch_too_large_is_asked_again_in_halves(self):
+        """Tasks listed by ETag whose calendar data, asked for together, passes the cap: each is
+        asked for alone, and both come down."""
+        tasks = multistatus(vtodo(b"UID:a", b"SUMMARY:A"), vtodo(b"UID:b", b"SUMMARY:B"))
+        listed = multistatus(b"", b"").replace(b"<c:calendar-data></c:calendar-data>", b"")
+        self.serve(halves=True, sync_reply=listed)
+        before = Hostile.requests
+        result = self.sync(tasks)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertEqual([t.description for t in self.folder.todos()], [b"A", b"B"])
+        # Answered whole: the look at the list, the listing, then each task alone.
+        self.assertEqual(Hostile.requests - before, 4)
 
     def test_writes_stop_at_the_first_that_cannot_reach_the_server(self):
         """Each write after it would wait out the same failure: none is tried, all are left."""

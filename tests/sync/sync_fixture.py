@@ -1,6 +1,7 @@
 """What the sync tests share: CalDAV servers on free loopback ports, a caldav client as the
 user's second device, data folders, pindle_sync runs, and the program's window on a folder."""
 
+import imaplib
 import json
 import os
 import re
@@ -15,6 +16,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 import records  # noqa: E402
 
 import caldav  # noqa: E402
+import requests  # noqa: E402
 
 USER, PASSWORD = "alice", "correct horse"
 PROGRAM = None
@@ -206,6 +208,117 @@ class Xandikos(Server):
 
 class XandikosWithoutSyncCollection(Xandikos):
     SYNC_COLLECTION = False
+
+
+class Cyrus(Server):
+    """Cyrus IMAP's CalDAV server, its httpd under its master process, as hosted services run it.
+    It is started as root and runs as its own user, cyrus; settings, store and users (a sasldb,
+    whose realm is the server's name) are in the temporary folder. It keeps calendars only for a
+    user with a mailbox, which an administrator makes over IMAP, on a socket in that folder, and
+    a UID names one task among all of a user's calendars (RFC 6638 3.2.4.1). It logs to syslog
+    alone: each request is read from the user's telemetry, a file per process in conf/log/USER."""
+
+    MASTER = "/usr/lib/cyrus/bin/master"
+    REQUEST_LINE = r"^<\d+<(\w+) "
+    LOGS_ANONYMOUS = False  # telemetry starts once the user is signed in
+    # It keeps tasks through libical 3.0, which trims the ends of a value and splits CATEGORIES
+    # at escaped commas.
+    LOSES = {"category with list separators": "libical splits the category",
+             "line breaks: CR becomes LF": "libical trims the tab that starts the notes"}
+    ADMIN = ("admin", "admin password")
+
+    @classmethod
+    def unavailable(cls):
+        """Why this machine cannot start it, or None."""
+        if not os.path.exists(cls.MASTER) or not os.path.exists("/usr/lib/cyrus/bin/httpd"):
+            return "Cyrus IMAP's CalDAV server is not installed (cyrus-imapd, cyrus-caldav)"
+        if os.geteuid() != 0:
+            return "Cyrus is started as root, to run as its user cyrus; this test is not root"
+        if subprocess.run(["runuser", "-u", "cyrus", "--", "test", "-x",
+                           tempfile.gettempdir()]).returncode != 0:
+            return (f"the user cyrus cannot reach {tempfile.gettempdir()} (a root folder closed "
+                    "to other users, as in a chroot made by mktemp -d)")
+        return None
+
+    def prepare(self):
+        d = self.dir.name
+        self.config, self.telemetry = f"{d}/imapd.conf", f"{d}/conf/log/{USER}"
+        for folder in ("conf/db", "conf/socket", self.telemetry, "spool"):
+            os.makedirs(os.path.join(d, folder))
+        settings = {"configdirectory": f"{d}/conf", "partition-default": f"{d}/spool",
+                    "servername": "127.0.0.1", "admins": self.ADMIN[0], "allowplaintext": "yes",
+                    "sasl_pwcheck_method": "auxprop", "sasl_auxprop_plugin": "sasldb",
+                    "sasl_sasldb_path": f"{d}/sasldb2", "sasl_mech_list": "PLAIN",
+                    "httpmodules": "caldav", "caldav_create_default": "no",
+                    "caldav_create_attach": "no", "lmtpsocket": f"{d}/conf/socket/lmtp",
+                    "idlesocket": f"{d}/conf/socket/idle",
+                    "notifysocket": f"{d}/conf/socket/notify",
+                    # Past any to-do of ordinary text, short of notes of line breaks alone.
+                    "maxmessagesize": 49152}
+        with open(self.config, "w") as f:
+            f.writelines(f"{key}: {value}\n" for key, value in settings.items())
+        with open(f"{d}/cyrus.conf", "w") as f:
+            f.write(f'START {{\n recover cmd="ctl_cyrusdb -r -C {self.config}"\n}}\nSERVICES {{\n'
+                    f' imap cmd="imapd -C {self.config}" listen="{d}/conf/socket/imap"\n'
+                    f' http cmd="httpd -C {self.config}" listen="127.0.0.1:{self.port}"\n}}\n')
+        for user, password in ((USER, PASSWORD), self.ADMIN):
+            subprocess.run(["saslpasswd2", "-f", f"{d}/sasldb2", "-u", "127.0.0.1", "-p", "-c",
+                            user], input=password.encode(), check=True)
+        subprocess.run(["chown", "-R", "cyrus:", d], check=True)
+        self.has_mailbox = False
+
+    def command(self):
+        # A process group of its own: a master that shuts down signals its whole group, and
+        # would take another test's Cyrus with it.
+        d = self.dir.name
+        return ["setsid", self.MASTER, "-C", self.config, "-M", f"{d}/cyrus.conf", "-p",
+                f"{d}/master.pid"]
+
+    def start(self):
+        super().start()
+        if self.has_mailbox:
+            return
+        path = f"{self.dir.name}/conf/socket/imap"
+
+        class OnSocket(imaplib.IMAP4):
+            def _create_socket(self, timeout):
+                s = socket.socket(socket.AF_UNIX)
+                s.connect(path)
+                return s
+
+        deadline = time.monotonic() + 30
+        while not os.path.exists(path) and time.monotonic() < deadline:
+            time.sleep(0.1)
+        imap = OnSocket()
+        imap.login(*self.ADMIN)
+        status, said = imap.create(f"user/{USER}")
+        imap.logout()
+        if status != "OK":
+            raise RuntimeError(f"Cyrus made no mailbox for {USER}: {said}")
+        self.has_mailbox = True
+
+    def new_collection(self, name):
+        """As Server's, but signed in from the first request: Cyrus answers an anonymous one
+        405, where the caldav module waits for a 401 to sign in."""
+        client = caldav.DAVClient(self.url, auth=requests.auth.HTTPBasicAuth(USER, PASSWORD))
+        calendar = client.principal().make_calendar(
+            name=name, cal_id=name, supported_calendar_component_set=["VTODO"])
+        return str(calendar.url), calendar
+
+    def log_size(self):
+        """Where each telemetry file ends now."""
+        return {name: os.path.getsize(f"{self.telemetry}/{name}")
+                for name in os.listdir(self.telemetry)}
+
+    def requests_since(self, sizes):
+        """The methods of the requests since `sizes`; one connection's are in one file."""
+        methods = []
+        for name in sorted(os.listdir(self.telemetry)):
+            with open(f"{self.telemetry}/{name}", "rb") as f:
+                f.seek(sizes.get(name, 0))
+                methods += re.findall(self.REQUEST_LINE, f.read().decode("utf-8", "replace"),
+                                      re.MULTILINE)
+        return methods
 
 
 def vtodo(uid, summary=None, **props):

@@ -1,6 +1,5 @@
 // A to-do as the iCalendar it goes up as: a new task, or the server's own copy with the to-do's
 // fields put on it and everything else kept; stamped with the time of the upload either way.
-#include "server_todo.h"
 #include "support/store_helpers.h"
 #include "task_writer.h"
 
@@ -22,35 +21,47 @@ std::string property(icalcomponent* vtodo, icalproperty_kind kind) {
     return p == nullptr ? "-" : icalproperty_get_value_as_string(p);
 }
 
-TEST(TaskWriter, BuildsANewTaskOrPutsTheFieldsOnTheServersCopy) {
-    auto record = todoRecord({3, 1, 2030, 2, 1, "Work", "Ship it", "line 1\nline 2"});
+// Built on the server's copy, only the fields asked for change there and all else it holds
+// stays, what it lacked too; a new task (no copy, or one without a task) gets every field.
+// Stamped with the time of the upload either way.
+TEST(TaskWriter, PutsTheFieldsAskedOnTheServersCopyOrAllOnANewTask) {
+    using namespace TodoField;
+    auto record = todoRecord({3, 1, 2030, 4, 1, "Work", "Mine", "the notes"});
     const std::string server = "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//phone//EN\r\n"
                                "BEGIN:VTODO\r\nUID:theirs\r\nDTSTAMP:20200101T000000Z\r\n"
-                               "SUMMARY:old\r\nX-KEPT:yes\r\nEND:VTODO\r\nEND:VCALENDAR\r\n";
-    // The server's copy (none, a task, no task), and whether the upload is built on it.
-    const std::pair<std::string, bool> cases[] = {
-        {"", false}, {server, true}, {"BEGIN:VCALENDAR\r\nEND:VCALENDAR\r\n", false}};
-    for (const auto& [serverIcs, onTheirs] : cases) {
-        SCOPED_TRACE(serverIcs);
+                               "SUMMARY:Theirs\r\nX-KEPT:yes\r\nEND:VTODO\r\nEND:VCALENDAR\r\n";
+    const std::string mine = "-//Pindle ToDo//pindle_sync//EN mine - ";
+    const std::string every = "Mine|the notes|20300301|5|COMPLETED|Work";
+    const std::tuple<std::string, Set, std::string> cases[] = {
+        {server, Set().set(Notes), "-//phone//EN theirs yes Theirs|the notes|-|-|-|-"},
+        {server, Set().set(Date).set(Completed),
+         "-//phone//EN theirs yes Theirs|-|20300301|-|COMPLETED|-"},
+        {server, Set().set(Priority).set(Category).set(Description),
+         "-//phone//EN theirs yes Mine|-|-|5|-|Work"},
+        {server, all(), "-//phone//EN theirs yes " + every},
+        {"", Set().set(Notes), mine + every},
+        {"BEGIN:VCALENDAR\r\nEND:VCALENDAR\r\n", Set().set(Notes), mine + every}};
+    for (const auto& [serverIcs, fields, expected] : cases) {
         // 2030-03-01T12:00:00Z
-        std::string ics = TaskWriter::build(*record, "mine", serverIcs, 1898596800);
-        Component calendar(icalparser_parse_string(ics.c_str()), &icalcomponent_free);
-        ASSERT_TRUE(calendar);
+        Component calendar(
+            icalparser_parse_string(
+                TaskWriter::build(*record, "mine", serverIcs, 1898596800, fields).c_str()),
+            &icalcomponent_free);
         icalcomponent* vtodo =
             icalcomponent_get_first_component(calendar.get(), ICAL_VTODO_COMPONENT);
         ASSERT_NE(vtodo, nullptr);
-        EXPECT_EQ(property(calendar.get(), ICAL_PRODID_PROPERTY),
-                  onTheirs ? "-//phone//EN" : "-//Pindle ToDo//pindle_sync//EN");
-        EXPECT_EQ(property(vtodo, ICAL_UID_PROPERTY), onTheirs ? "theirs" : "mine");
-        EXPECT_EQ(property(vtodo, ICAL_X_PROPERTY), onTheirs ? "yes" : "-");
-        EXPECT_EQ(property(vtodo, ICAL_DTSTAMP_PROPERTY), "20300301T120000Z");
-        EXPECT_EQ(property(vtodo, ICAL_LASTMODIFIED_PROPERTY), "20300301T120000Z");
-        EXPECT_EQ(icalcomponent_count_properties(vtodo, ICAL_DTSTAMP_PROPERTY), 1);
-        ServerTodo read;
-        ASSERT_TRUE(ServerTodo::parse(ics, read));
-        EXPECT_EQ(std::tie(read.summary, read.notes, read.category, read.year, read.month, read.day,
-                           read.priority, read.completed),
-                  std::make_tuple("Ship it", "line 1\nline 2", "Work", 2030, 3, 1, 3, true));
+        std::string got = property(calendar.get(), ICAL_PRODID_PROPERTY) + " " +
+                          property(vtodo, ICAL_UID_PROPERTY) + " " +
+                          property(vtodo, ICAL_X_PROPERTY) + " ";
+        for (icalproperty_kind kind :
+             {ICAL_SUMMARY_PROPERTY, ICAL_DESCRIPTION_PROPERTY, ICAL_DUE_PROPERTY,
+              ICAL_PRIORITY_PROPERTY, ICAL_STATUS_PROPERTY, ICAL_CATEGORIES_PROPERTY})
+            got += property(vtodo, kind) + (kind == ICAL_CATEGORIES_PROPERTY ? "" : "|");
+        EXPECT_EQ(got, expected) << fields << serverIcs;
+        EXPECT_EQ(std::make_tuple(property(vtodo, ICAL_DTSTAMP_PROPERTY),
+                                  property(vtodo, ICAL_LASTMODIFIED_PROPERTY),
+                                  icalcomponent_count_properties(vtodo, ICAL_DTSTAMP_PROPERTY)),
+                  std::make_tuple("20300301T120000Z", "20300301T120000Z", 1));
     }
 }
 
