@@ -51,9 +51,9 @@ TEST_F(StoreFile, TodosLoadAsStoredAndSaveAsWritten) {
     const TodoRecord* r = store.at(0);
     EXPECT_EQ(std::vector<int>({r->month, r->day, r->year, r->priority, r->completed}),
               std::vector<int>({12, 25, -70000, 1000, 7}));
-    EXPECT_STREQ(r->notes, "line 1\nline 2");
+    EXPECT_STREQ(r->notes(), "line 1\nline 2");
     unended.notes.pop_back(); // the field's last byte ends the notes
-    EXPECT_EQ(store.at(2)->notes, unended.notes);
+    EXPECT_EQ(store.at(2)->notes(), unended.notes);
     store.save();
     EXPECT_TRUE(readFile("pindle_todo.db") == todoFile({odd, plain, unended}));
 }
@@ -193,18 +193,24 @@ TEST(TodoRecordText, AFullFieldRunsOnIntoTheNextButNoCopyLeavesTheRecord) {
     alignas(TodoRecord) static unsigned char arena[sizeof(TodoRecord) + 64];
     std::memset(arena, 0x5a, sizeof arena);
     auto* r = new (arena) TodoRecord;
+    r->next = r;
     r->setCategory(std::string(50, 'C').c_str());
     r->setDescription(std::string(50, 'D').c_str());
     r->setNotes("notes");
     EXPECT_EQ(std::string(r->category), std::string(50, 'C') + std::string(50, 'D') + "notes");
+    // A description of 50 ends the notes; a longer one runs on into them as far as they go.
+    r->setDescription(std::string(50, 'd').c_str());
+    EXPECT_STREQ(r->notes(), "");
     std::string huge(40000, 'h');
     r->setDescription(huge.c_str());
+    EXPECT_EQ(std::string(r->notes()), std::string(31999, 'h'));
+    EXPECT_EQ(std::strlen(r->description), 50u + TodoRecord::kNotesKept);
     r->setNotes(huge.c_str());
-    EXPECT_EQ(std::strlen(r->description), 50u + 31999u);
-    for (std::size_t i = offsetof(TodoRecord, notes) + sizeof r->notes; i < sizeof arena; i++) {
-        bool link = i >= offsetof(TodoRecord, next) && i < offsetof(TodoRecord, next) + 8;
-        ASSERT_TRUE(link || arena[i] == 0x5a) << "byte " << i;
-    }
+    r->setCategory(huge.c_str());
+    EXPECT_EQ(r->next, r);
+    for (std::size_t i = sizeof(TodoRecord); i < sizeof arena; i++)
+        ASSERT_EQ(arena[i], 0x5a) << "byte " << i;
+    r->~TodoRecord();
 }
 
 } // namespace
