@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages a part of the project needs, only those that are missing.
 # usage: install-deps.sh [--companions] [--tests] [PACKAGE...]
-#   alone: what building the program takes (compiler, CMake, FLTK, the xxHash header)
+#   alone: what building the program takes (compiler, CMake, FLTK, the xxHash header, liburing)
 #   --companions: also the libraries of pindle_export and pindle_sync (libical, libcurl, pugixml,
 #                 nlohmann-json, libsecret, toml++)
 #   --tests: the companions' libraries and what the test suites run (GoogleTest, Xvfb and
@@ -12,7 +12,7 @@
 #   PACKAGE...: anything more a script of its own needs (clang for fuzzing, ...)
 set -euo pipefail
 
-packages=(cmake g++ make libfltk1.3-dev libxxhash-dev)
+packages=(cmake g++ make libfltk1.3-dev libxxhash-dev liburing-dev)
 companions=(pkg-config libcurl4-openssl-dev libical-dev libpugixml-dev nlohmann-json3-dev
             libsecret-1-dev libtomlplusplus-dev)
 tests=(libgtest-dev libgmock-dev xvfb xauth xdotool x11-apps x11-utils imagemagick

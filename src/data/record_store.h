@@ -13,6 +13,7 @@
 #include "file_version.h"
 #include "folder_reads.h"
 #include "save_batch.h"
+#include "scattered_read.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -34,6 +35,11 @@
 // is in memory, bool alike(const Record&) const, which compares what headDigest leaves out, and
 // file(version, slot) and filedAt(version, slot), which say where that lies in a file.
 template <class Record> class RecordStore {
+    static constexpr std::size_t kLink = FieldCodec::kLinkSize;
+    // What a load reads of each record, and how many records it reads at once.
+    static constexpr std::size_t kPiece = kLink + Record::kHeadSize;
+    static constexpr std::size_t kBatch = 256;
+
 public:
     char fileName[256];
     // The list is read by position: count() and at(i), both in constant time. head and each
@@ -197,14 +203,31 @@ protected:
         version_ = std::make_shared<FileVersion>(fd, opened);
         version_->readThrough(reads_);
         const auto records = static_cast<std::size_t>(opened.st_size) / Record::kFileSize;
+        order_.reserve(records);
+        held_.reserve(records);
+        // Before the reader: reads in flight write into it until the reader is gone.
+        std::vector<unsigned char> bytes(kBatch * kPiece);
+        ScatteredRead reader(fd);
         std::size_t loaded = 0;
-        while (loaded < records && loadRecord(fd, loaded))
-            loaded++;
-        unsigned char link[FieldCodec::kLinkSize];
-        if (loaded > 0 &&
-            (!readAt(fd, loaded * Record::kFileSize - sizeof link, link, sizeof link) ||
-             !linkIs(link, loaded == records)))
-            held_.back().reset();
+        while (loaded < records) {
+            const std::size_t batch = std::min(kBatch, records - loaded);
+            for (std::size_t k = 0; k < batch; k++) {
+                const std::size_t index = loaded + k, lead = index == 0 ? 0 : kLink;
+                reader.add(index * Record::kFileSize - lead, &bytes[k * kPiece + kLink - lead],
+                           lead + Record::kHeadSize);
+            }
+            if (!reader.run())
+                break;
+            for (std::size_t k = 0; k < batch; k++)
+                loadRecord(&bytes[k * kPiece], loaded + k);
+            loaded += batch;
+        }
+        unsigned char link[kLink];
+        if (loaded > 0) {
+            reader.add(loaded * Record::kFileSize - kLink, link, kLink);
+            if (!reader.run() || !linkIs(link, loaded == records))
+                held_.back().reset();
+        }
         // A file that changed while it was read is not known to hold what was loaded.
         struct stat closing {};
         fstat(fd, &closing);
@@ -214,24 +237,14 @@ protected:
     }
 
 private:
-    static bool readAt(int fd, std::uint64_t offset, unsigned char* out, std::size_t size) {
-        return pread(fd, out, size, static_cast<off_t>(offset)) == static_cast<ssize_t>(size);
-    }
-
     static bool linkIs(const unsigned char* slot, bool last) {
         unsigned char link[FieldCodec::kLinkSize];
         FieldCodec::putLink(link, last);
         return std::memcmp(slot, link, sizeof link) == 0;
     }
 
-    // Record `index`: its head, read together with the link slot of the record before it.
-    bool loadRecord(int fd, std::size_t index) {
-        constexpr std::size_t kLink = FieldCodec::kLinkSize;
-        unsigned char bytes[kLink + Record::kHeadSize];
-        const std::size_t lead = index == 0 ? 0 : kLink;
-        if (!readAt(fd, index * Record::kFileSize - lead, bytes + kLink - lead,
-                    lead + Record::kHeadSize))
-            return false;
+    // Record `index` from the link slot of the record before it (none for the first) and its head.
+    void loadRecord(const unsigned char* bytes, std::size_t index) {
         if (index > 0 && !linkIs(bytes, false))
             held_.back().reset();
         Record* record = new Record;
@@ -242,7 +255,6 @@ private:
         held_.push_back(asSaved
                             ? std::optional<Digest>(record->digest().value_or(record->headDigest()))
                             : std::nullopt);
-        return true;
     }
 
     // True when position `slot` of the file holds the record there now exactly as it would write,

@@ -3,6 +3,7 @@
 
 #include "data_report.h"
 #include "field_codec.h"
+#include "record_arena.h"
 #include "utf8_text.h"
 
 #include <cstring>
@@ -14,6 +15,12 @@ constexpr std::size_t kDescriptionAt = 67;
 constexpr std::size_t kNotesAt = 117;
 // The notes and the padding after them, padded as one field: the notes' NUL ends both.
 constexpr std::size_t kNotesField = TodoRecord::kLinkAt - kNotesAt;
+
+// Never torn down: records may outlive every other static object.
+RecordArena& arena() {
+    static auto* records = new RecordArena(sizeof(TodoRecord));
+    return *records;
+}
 
 // Ends notes read from a file inside their field, as a load always has, and clears what follows
 // them; true when nothing had to change.
@@ -33,6 +40,17 @@ static_assert(offsetof(TodoHead, description) == kDescriptionAt, "description of
 static_assert(offsetof(TodoHead, notesStart) == kNotesAt, "notes offset");
 
 TodoRecord::TodoRecord() : TodoHead(), next(nullptr), known_(true), slot_(0), filed_(false) {}
+
+void* TodoRecord::operator new(std::size_t size) {
+    return size == sizeof(TodoRecord) ? arena().take() : ::operator new(size);
+}
+
+void TodoRecord::operator delete(void* record, std::size_t size) noexcept {
+    if (size == sizeof(TodoRecord))
+        arena().give(record);
+    else
+        ::operator delete(record);
+}
 
 bool TodoRecord::shortNotes() const {
     return std::memchr(notesStart, 0, kNotesKept) != nullptr;

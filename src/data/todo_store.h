@@ -28,6 +28,10 @@ struct TodoRecord : TodoHead {
     // An empty record: numbers zero, strings empty, no successor. Nothing else is cleared.
     TodoRecord();
 
+    // Records live in blocks of their own (see RecordArena), allocated one by one all the same.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* record, std::size_t size) noexcept;
+
     // Each copies as if into the file's fields laid end to end: bounded by the end of the notes,
     // never by the field alone, so that a name or description runs on into the next field as
     // typed (a description of 50 characters ends the notes on their first byte) but never out of

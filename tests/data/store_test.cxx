@@ -192,7 +192,7 @@ TEST(TodoRecordText, AFullFieldRunsOnIntoTheNextButNoCopyLeavesTheRecord) {
     // The record sits inside a larger buffer whose tail must stay untouched.
     alignas(TodoRecord) static unsigned char arena[sizeof(TodoRecord) + 64];
     std::memset(arena, 0x5a, sizeof arena);
-    auto* r = new (arena) TodoRecord;
+    auto* r = ::new (arena) TodoRecord;
     r->next = r;
     r->setCategory(std::string(50, 'C').c_str());
     r->setDescription(std::string(50, 'D').c_str());
