@@ -10,12 +10,11 @@
 namespace {
 // Reads in flight at once: enough that a load of 10,000 records takes a few dozen calls.
 constexpr unsigned kDepth = 256;
+// Fewer pieces than this are read alone: setting up a ring costs about as much as they do.
+constexpr std::size_t kWorthARing = 32;
 } // namespace
 
-ScatteredRead::ScatteredRead(int fd) : fd_(fd), ring_(std::make_unique<io_uring>()) {
-    if (io_uring_queue_init(kDepth, ring_.get(), 0) != 0)
-        ring_.reset();
-}
+ScatteredRead::ScatteredRead(int fd) : fd_(fd), tried_(false) {}
 
 ScatteredRead::~ScatteredRead() {
     dropRing();
@@ -44,6 +43,12 @@ bool ScatteredRead::readAlone(const Piece& piece) const {
 }
 
 bool ScatteredRead::run() {
+    if (!tried_ && queued_.size() >= kWorthARing) {
+        tried_ = true;
+        ring_ = std::make_unique<io_uring>();
+        if (io_uring_queue_init(kDepth, ring_.get(), 0) != 0)
+            ring_.reset();
+    }
     bool whole = true;
     for (std::size_t first = 0; first < queued_.size(); first += kDepth) {
         const std::size_t last = std::min<std::size_t>(queued_.size(), first + kDepth);

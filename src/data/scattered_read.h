@@ -1,7 +1,8 @@
 // Many small reads of one file in few system calls: a load wants a few hundred bytes of every
 // record, 32 KB apart, and on a machine where each call is dear the calls, not the bytes, are
 // what it costs. The reads go to the kernel a batch at a time through io_uring where it is
-// offered (a container may refuse it), else one pread() each. Owns its ring, not the file.
+// offered (a container may refuse it), else one pread() each, as do a few reads alone. Owns its
+// ring, not the file.
 #ifndef PINDLE_SCATTERED_READ_H
 #define PINDLE_SCATTERED_READ_H
 
@@ -38,6 +39,8 @@ private:
     void dropRing();
 
     int fd_;
+    // The ring, set up at the first run that is worth one, unless the kernel refused it.
+    bool tried_;
     std::unique_ptr<io_uring> ring_;
     std::vector<Piece> queued_;
 };

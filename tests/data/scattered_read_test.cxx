@@ -40,7 +40,8 @@ unsigned char byteAt(std::size_t at) {
     return static_cast<unsigned char>(at % 251);
 }
 
-// More pieces than the ring takes at once, then one that runs past the end of the file.
+// More pieces than the ring takes at once, the last of them running past the end of the file;
+// then two pieces, which are read alone.
 void readPieces(int fd, std::size_t fileSize) {
     ScatteredRead reader(fd);
     EXPECT_TRUE(reader.run()) << "nothing queued";
@@ -48,18 +49,21 @@ void readPieces(int fd, std::size_t fileSize) {
     std::vector<unsigned char> out(kPieces * kPiece);
     for (std::size_t i = 0; i < kPieces; i++)
         reader.add(i * kStride, &out[i * kPiece], kPiece);
-    EXPECT_TRUE(reader.run());
+    unsigned char beyond[4] = {};
+    reader.add(fileSize - 2, beyond, sizeof beyond);
+    EXPECT_FALSE(reader.run());
     std::size_t wrong = 0;
     for (std::size_t i = 0; i < kPieces; i++) {
         for (std::size_t b = 0; b < kPiece; b++)
             wrong += out[i * kPiece + b] != byteAt(i * kStride + b);
     }
     EXPECT_EQ(wrong, 0u);
-    unsigned char first[4] = {}, beyond[4] = {};
-    reader.add(0, first, sizeof first);
-    reader.add(fileSize - 2, beyond, sizeof beyond);
-    EXPECT_FALSE(reader.run());
-    EXPECT_EQ(first[3], byteAt(3));
+    unsigned char two[2][3] = {};
+    reader.add(7, two[0], 3);
+    reader.add(fileSize - 3, two[1], 3);
+    EXPECT_TRUE(reader.run());
+    EXPECT_EQ(std::vector<int>({two[0][2], two[1][2]}),
+              std::vector<int>({byteAt(9), byteAt(fileSize - 1)}));
 }
 
 TEST_F(ScatteredReadTest, EveryPieceArrivesWithOrWithoutTheKernelsRing) {
