@@ -40,10 +40,11 @@ struct TodoRecord : TodoHead {
     void setDescription(const char* text);
     void setNotes(const char* text);
 
-    // The notes, whole. Notes longer than notesStart keeps are read the first time they are asked
-    // for, from the version of the file the record was loaded from, under the folder's lock, and
-    // kept. Ends the program (status 200) when that version is gone; a caller that may meet that
-    // (the window, between another program's save and its own reload) calls readNotes() first.
+    // The notes, whole, until they are set again. Notes longer than notesStart keeps are read the
+    // first time they are asked for, from the version of the file the record was loaded from,
+    // under the folder's lock, and kept. Ends the program (status 200) when that version is gone; a
+    // caller that may meet that (the window, between another program's save and its own reload)
+    // calls readNotes() first.
     const char* notes() const;
     // True once the notes are in memory, read now if need be; false when the version of the file
     // they lie in was changed in place since.

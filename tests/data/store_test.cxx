@@ -93,6 +93,23 @@ TEST_F(StoreFile, FindIsExactAndPrefersTheEarliestOrTheNearest) {
     }
 }
 
+// Two to-dos alike but for their notes, short or too long to be kept in memory: a copy of either
+// finds its own, also once the file was read again, and a copy with notes of its own finds none.
+TEST_F(StoreFile, FindLikeTellsToDosApartByTheirNotes) {
+    for (const std::string& notes : {std::string("short"), std::string(300, 'n')}) {
+        writeFile("pindle_todo.db", todoFile({{1, 1, 2030, 0, 0, "", "same", notes + "1"},
+                                              {1, 1, 2030, 0, 0, "", "same", notes + "2"}}));
+        Todos store;
+        const TodoRecord second = *store.at(1);
+        EXPECT_EQ(store.findLike(second, 0), store.at(1)) << notes.size();
+        store.reload();
+        EXPECT_EQ(store.findLike(second, 0), store.at(1)) << notes.size();
+        TodoRecord other = second;
+        other.setNotes(notes.c_str());
+        EXPECT_EQ(store.findLike(other, 0), nullptr) << notes.size();
+    }
+}
+
 using StoreFileDeath = StoreFile;
 
 // Nothing in a file's place makes a load or a save wait: a pipe and a loop of links load as a
