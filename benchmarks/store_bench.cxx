@@ -38,14 +38,16 @@ void discard(TodoStore* store) {
     delete store;
 }
 
-void writeTodoFile(int count) {
-    if (!TodoGenerator().writeTodoFile("pindle_todo.db", count))
+// See TodoGenerator::writeTodoFile for `holes`.
+void writeTodoFile(int count, bool holes = true) {
+    if (!TodoGenerator().writeTodoFile("pindle_todo.db", count, holes))
         throw std::runtime_error("cannot write pindle_todo.db");
 }
 
-// A store loaded from a file of `count` generated to-dos.
-TodoStore* generatedStore(int count) {
-    writeTodoFile(count);
+// A store loaded from a file of `count` generated to-dos. The saves into it are timed on a file
+// written whole, as the program's own are.
+TodoStore* generatedStore(int count, bool holes = true) {
+    writeTodoFile(count, holes);
     return new TodoStore;
 }
 
@@ -166,7 +168,7 @@ void measureSaveKind(benchmark::State& state, const SaveKind& kind) {
     BenchDir dir;
     const int count = static_cast<int>(state.range(0));
     TodoGenerator generator(7);
-    TodoStore* store = generatedStore(count);
+    TodoStore* store = generatedStore(count, false);
     if (kind.restore != nullptr)
         kind.restore(*store, generator, count);
     store->save();
@@ -192,7 +194,7 @@ void measureSaveKind(benchmark::State& state, const SaveKind& kind) {
 // for changes made elsewhere, the to-do changed and saved. The floor is the save alone.
 void measureChangeEdit(benchmark::State& state) {
     BenchDir dir;
-    TodoStore* todos = generatedStore(static_cast<int>(state.range(0)));
+    TodoStore* todos = generatedStore(static_cast<int>(state.range(0)), false);
     todos->save();
     std::fclose(std::fopen("cat.db", "wb"));
     auto* categories = new CategoryStore;

@@ -85,6 +85,8 @@ bool TodoGenerator::writeTodoFile(const char* name, int count, bool holes) {
     written =
         written &&
         ftruncate(fd, static_cast<off_t>(std::uint64_t{kSize} * static_cast<unsigned>(count))) == 0;
+    // Else the next measure's first sync would write all of it back.
+    written = written && fdatasync(fd) == 0;
     return close(fd) == 0 && written;
 }
 

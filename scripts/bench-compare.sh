@@ -78,7 +78,11 @@ counters = ["peak_mb", "floor_peak_mb", "read_mb", "disk_read_mb", "written_kb",
 def runs(commit):
     found = {}
     for path in glob.glob(os.path.join(work, commit, "runs", "*.json")):
-        data = json.load(open(path))
+        try:
+            data = json.load(open(path))
+        except ValueError:
+            print(f"left out, not whole (a run that failed?): {path}", file=sys.stderr)
+            continue
         for bench in data["benchmarks"]:
             if bench.get("run_type") == "iteration":
                 found.setdefault(bench["run_name"], []).append((bench, data["context"]))
