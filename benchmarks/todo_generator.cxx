@@ -4,7 +4,12 @@
 
 #include "cal_date.h"
 
+#include <cstdint>
+#include <cstring>
+#include <fcntl.h>
 #include <iterator>
+#include <memory>
+#include <unistd.h>
 
 namespace {
 const char* const kCategories[] = {"Unassigned", "Work",   "Home", "Errands", "Health",
@@ -58,6 +63,31 @@ TodoRecord* TodoGenerator::makeTodo() {
 void TodoGenerator::fillTodos(TodoStore& store, int count) {
     for (int i = 0; i < count; i++)
         store.append(makeTodo());
+}
+
+bool TodoGenerator::writeTodoFile(const char* name, int count, bool holes) {
+    const int fd = open(name, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    if (fd < 0)
+        return false;
+    constexpr std::size_t kSize = TodoRecord::kFileSize, kNotesAt = 117, kLinkAt = kSize - 4;
+    std::unique_ptr<unsigned char[]> block(new unsigned char[kSize]);
+    bool written = true;
+    for (int i = 0; i < count && written; i++) {
+        std::unique_ptr<TodoRecord> todo(makeTodo());
+        todo->encode(block.get(), i + 1 == count);
+        // Everything up to the notes' terminator, and the link slot; the rest is zeros.
+        const auto* notes = reinterpret_cast<const char*>(block.get() + kNotesAt);
+        const std::size_t used = holes ? kNotesAt + std::strlen(notes) + 1 : kSize;
+        const auto at = static_cast<off_t>(std::uint64_t{kSize} * static_cast<unsigned>(i));
+        written = pwrite(fd, block.get(), used, at) == static_cast<ssize_t>(used) &&
+                  pwrite(fd, block.get() + kLinkAt, 4, at + static_cast<off_t>(kLinkAt)) == 4;
+    }
+    written =
+        written &&
+        ftruncate(fd, static_cast<off_t>(std::uint64_t{kSize} * static_cast<unsigned>(count))) == 0;
+    // Else the next measure's first sync would write all of it back.
+    written = written && fdatasync(fd) == 0;
+    return close(fd) == 0 && written;
 }
 
 void TodoGenerator::fillCategories(CategoryStore& store) const {

@@ -12,9 +12,10 @@
 
 namespace {
 
-// Well-formed UTF-8 is what the reading as UTF-8 or Latin-1 keeps as it is.
-template <std::size_t N> void requireText(const char (&field)[N], std::size_t limit) {
-    std::size_t size = strnlen(field, N);
+// Well-formed UTF-8 is what the reading as UTF-8 or Latin-1 keeps as it is. A text ends at its
+// terminator or its field's end.
+void requireText(const char* field, std::size_t fieldSize, std::size_t limit) {
+    std::size_t size = strnlen(field, fieldSize);
     require(size <= limit, "text longer than its field");
     require(Utf8Text::fromBytes(field, size) == std::string(field, size),
             "text is not valid UTF-8");
@@ -29,9 +30,9 @@ void checkTask(const std::string& ics) {
     todo.fill(record, {1, 1, 2030});
     // A 50-byte category or description has its terminator in the next field, which that
     // field's own text then overwrites.
-    requireText(record.category, 50);
-    requireText(record.description, 50);
-    requireText(record.notes, TodoRecord::kNotesMax);
+    requireText(record.category, sizeof record.category, 50);
+    requireText(record.description, sizeof record.description, 50);
+    requireText(record.notes(), TodoRecord::kNotesMax + 1, TodoRecord::kNotesMax);
     require(record.priority >= 0 && record.priority <= 8, "priority the list cannot show");
     require(record.month >= 1 && record.month <= 12, "month out of range");
 }

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages a part of the project needs, only those that are missing.
 # usage: install-deps.sh [--companions] [--tests] [PACKAGE...]
-#   alone: what building the program takes (compiler, CMake, FLTK, the xxHash header)
+#   alone: what building the program takes (compiler, CMake, FLTK, the xxHash header, liburing)
 #   --companions: also the libraries of pindle_export, pindle_sync and pindle_remind (libical,
 #                 libcurl, pugixml, nlohmann-json, libsecret, toml++, GIO)
 #   --tests: the companions' libraries and what the test suites run (GoogleTest, Xvfb and
@@ -24,7 +24,7 @@ case ${VERSION_ID:-} in
 12*) fltk=libfltk1.3-dev wayland=() ;;
 *) fltk=libfltk1.4-dev wayland=(sway grim wtype libdecor-0-plugin-1-cairo) ;;
 esac
-packages=(cmake g++ make "$fltk" libxxhash-dev)
+packages=(cmake g++ make "$fltk" libxxhash-dev liburing-dev)
 companions=(pkg-config libcurl4-openssl-dev libical-dev libpugixml-dev nlohmann-json3-dev
             libsecret-1-dev libtomlplusplus-dev libglib2.0-dev)
 tests=(libgtest-dev libgmock-dev xvfb xauth xdotool x11-apps x11-utils imagemagick

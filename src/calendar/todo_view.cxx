@@ -19,7 +19,8 @@ template <std::size_t N> std::string fieldText(const char (&field)[N]) {
 
 TodoView::TodoView(const TodoRecord& record)
     : record_(record), category_(fieldText(record.category)),
-      description_(fieldText(record.description)), notes_(fieldText(record.notes)) {}
+      description_(fieldText(record.description)),
+      notes_(Utf8Text::fromBytes(record.notes(), std::strlen(record.notes()))) {}
 
 bool TodoView::hasDate() const {
     return CalDate::isCalendarDate(record_.month, record_.day, record_.year);

@@ -13,21 +13,22 @@ void CategoryRecord::setName(const char* text) {
     FieldCodec::copyBounded(name, text, name + sizeof name);
 }
 
-bool CategoryRecord::decode(const unsigned char* block) {
-    std::memcpy(name, block, sizeof name);
+bool CategoryRecord::decode(const unsigned char* head) {
+    std::memcpy(name, head, sizeof name);
     if (std::memchr(name, 0, sizeof name) == nullptr) {
         name[sizeof name - 1] = '\0';
         return false;
     }
-    return FieldCodec::isPadded(block, sizeof name);
+    return FieldCodec::isPadded(head, sizeof name);
 }
 
-void CategoryRecord::encode(unsigned char* block, bool last) const {
+bool CategoryRecord::encode(unsigned char* block, bool last) const {
     FieldCodec::putText(block, name, sizeof name);
     FieldCodec::putLink(block + kLinkAt, last);
+    return true;
 }
 
-Digest CategoryRecord::digest() const {
+Digest CategoryRecord::headDigest() const {
     unsigned char packed[sizeof name];
     return Digest::of(packed, FieldCodec::putSignificant(packed, name, sizeof name));
 }

@@ -4,13 +4,18 @@
 #define PINDLE_CATEGORY_STORE_H
 
 #include "digest.h"
+#include "file_version.h"
 #include "record_store.h"
 
 #include <cstddef>
+#include <memory>
+#include <optional>
 
 struct CategoryRecord {
     static constexpr std::size_t kFileSize = 56;
     static constexpr std::size_t kLinkAt = 52;
+    // A load reads the whole name.
+    static constexpr std::size_t kHeadSize = kLinkAt;
 
     char name[52];
     CategoryRecord* next;
@@ -21,11 +26,18 @@ struct CategoryRecord {
     // Bounded by the name field: a longer text is cut to 51 characters.
     void setName(const char* text);
 
-    // True when the block is exactly what encode writes for the record, but for the link slot.
-    bool decode(const unsigned char* block);
-    void encode(unsigned char* block, bool last) const;
+    // True when the name is exactly what encode writes for it.
+    bool decode(const unsigned char* head);
+    // Always true: a category is all in memory.
+    bool encode(unsigned char* block, bool last) const;
     // Of the name up to its terminator: all that encode writes but zeros and the link.
-    Digest digest() const;
+    Digest headDigest() const;
+    std::optional<Digest> digest() const { return headDigest(); }
+
+    // A category is its name, which the digest covers whole, and nothing is left in its file.
+    bool alike(const CategoryRecord&) const { return true; }
+    void file(const std::shared_ptr<const FileVersion>&, std::size_t) {}
+    bool filedAt(const FileVersion*, std::size_t) const { return true; }
 };
 
 class CategoryStore : public RecordStore<CategoryRecord> {

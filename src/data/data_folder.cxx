@@ -6,24 +6,31 @@
 
 DataFolder::DataFolder(TodoStore& todoStore, CategoryStore& categoryStore)
     : todos(todoStore), categories(categoryStore),
-      fd_(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)), changing_(false) {}
+      fd_(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)),
+      reads_(std::make_shared<FolderReads>(fd_)) {
+    todos.shareReads(reads_);
+    categories.shareReads(reads_);
+}
 
 DataFolder::~DataFolder() {
+    todos.shareReads(nullptr);
+    categories.shareReads(nullptr);
+    reads_->close();
     if (fd_ >= 0)
         close(fd_);
 }
 
-DataFolder::Reloaded DataFolder::refresh() {
+DataFolder::Reloaded DataFolder::refresh(Notes notes) {
     // A second flock on the same descriptor would turn the change's lock into this one.
-    if (changing_)
+    if (reads_->held())
         return {};
     if (SaveJournal::leftOver()) {
-        FolderLock lock(fd_, FolderLock::Mode::Exclusive);
+        FolderReads::Hold hold(*reads_, FolderLock::Mode::Exclusive);
         recover();
-        return reloadChanged();
+        return reloadChanged(notes);
     }
-    FolderLock lock(fd_, FolderLock::Mode::Shared);
-    return reloadChanged();
+    FolderReads::Hold hold(*reads_, FolderLock::Mode::Shared);
+    return reloadChanged(notes);
 }
 
 // Under the exclusive lock; looked for again, as another program may have finished it.
@@ -32,9 +39,13 @@ void DataFolder::recover() {
         SaveJournal::recover();
 }
 
-DataFolder::Reloaded DataFolder::reloadChanged() {
+// Notes that cannot be read under the lock were changed by a program that ignores it: the file
+// is read again, a few times at most, for it to hold still.
+DataFolder::Reloaded DataFolder::reloadChanged(Notes notes) {
     Reloaded reloaded;
-    if (todos.changedOnDisk()) {
+    for (int tries = 0; tries < 3; tries++) {
+        if (!todos.changedOnDisk() && (notes == Notes::WhenAsked || todos.readAllNotes()))
+            break;
         todos.reload();
         reloaded.todos = true;
     }
@@ -46,16 +57,15 @@ DataFolder::Reloaded DataFolder::reloadChanged() {
 }
 
 DataFolder::Change::Change(DataFolder& folder)
-    : folder_(folder), lock_(folder.fd_, FolderLock::Mode::Exclusive),
-      reloaded_((folder.recover(), folder.reloadChanged())), batch_(std::make_unique<SaveBatch>()) {
-    folder_.changing_ = true;
+    : folder_(folder), hold_(*folder.reads_, FolderLock::Mode::Exclusive),
+      reloaded_((folder.recover(), folder.reloadChanged(Notes::WhenAsked))),
+      batch_(std::make_unique<SaveBatch>()) {
     join(batch_.get());
 }
 
 DataFolder::Change::~Change() {
     commit();
     join(nullptr);
-    folder_.changing_ = false;
 }
 
 void DataFolder::Change::commit() {

@@ -6,11 +6,13 @@
 // the to-dos and categories as they are now, so that nothing another program wrote is lost. The
 // stores' saves inside a Change are made together when it ends, as one save atomic against a
 // crash; a save a crash cut short is finished, or thrown away, wherever the folder is opened.
+// Notes that a load left in the file are read later under the folder's shared lock, through it.
 #ifndef PINDLE_DATA_FOLDER_H
 #define PINDLE_DATA_FOLDER_H
 
 #include "category_store.h"
 #include "folder_lock.h"
+#include "folder_reads.h"
 #include "save_batch.h"
 #include "todo_store.h"
 
@@ -31,10 +33,15 @@ public:
     DataFolder(const DataFolder&) = delete;
     DataFolder& operator=(const DataFolder&) = delete;
 
+    // What a refresh brings into memory: what the list shows (the notes are read when somebody
+    // asks for them), or all of it, for a program that needs every to-do whole, as one state of
+    // the files.
+    enum class Notes { WhenAsked, All };
+
     // Reads again, under the shared lock, each file that changed since its store saw it; first,
     // under the exclusive lock, finishes a save that a crash cut short. Does nothing while a
     // Change is made: that change reads and writes the files under its lock.
-    Reloaded refresh();
+    Reloaded refresh(Notes notes = Notes::WhenAsked);
 
     // One change to the files: the exclusive lock from construction to destruction, a save a
     // crash cut short finished and each file that changed read again first. The stores' saves
@@ -54,7 +61,7 @@ public:
         void join(SaveBatch* batch);
 
         DataFolder& folder_;
-        FolderLock lock_;
+        FolderReads::Hold hold_;
         Reloaded reloaded_;
         std::unique_ptr<SaveBatch> batch_;
     };
@@ -63,11 +70,11 @@ public:
     CategoryStore& categories;
 
 private:
-    Reloaded reloadChanged();
+    Reloaded reloadChanged(Notes notes);
     void recover();
 
     int fd_;
-    bool changing_;
+    std::shared_ptr<FolderReads> reads_;
 };
 
 #endif

@@ -33,6 +33,12 @@ bool FileStamp::matches(const struct stat& info) const {
     return kind_ == Kind::Regular && sameAs(FileStamp(info));
 }
 
+bool FileStamp::keepsBytesOf(const struct stat& info) const {
+    return kind_ == Kind::Regular && S_ISREG(info.st_mode) && device_ == info.st_dev &&
+           inode_ == info.st_ino && size_ == info.st_size && sameTime(modified_, info.st_mtim) &&
+           (sameTime(changed_, info.st_ctim) || info.st_nlink == 0);
+}
+
 bool FileStamp::sameAs(const FileStamp& other) const {
     if (kind_ != other.kind_ || kind_ == Kind::Unknown)
         return false;

@@ -24,6 +24,11 @@ public:
     // modification time (a backup copied over it) shows up as changed.
     bool matches(const struct stat& info) const;
 
+    // True when `info` describes the very regular file of this stamp with its bytes as they were:
+    // what a descriptor held open on it can still read. A rename over the file, or its removal,
+    // moves its change time but not its bytes; a file with no name left is taken as unchanged.
+    bool keepsBytesOf(const struct stat& info) const;
+
     // True when both stamps saw the same thing: the same unchanged regular file, nothing at all,
     // or the same other kind of file.
     bool sameAs(const FileStamp& other) const;

@@ -1,6 +1,7 @@
 // The list-and-file machinery shared by the to-do and category stores: heap records in file
-// order, linked and indexed by position, loaded once and saved in place: each save writes only
-// the records that differ from what the file holds, which the store knows by their digests.
+// order, linked and indexed by position, loaded by reading only what a record keeps in memory,
+// and saved in place: each save writes only the records that differ from what the file holds,
+// which the store knows by their digests and by where each record's unread bytes lie.
 #ifndef PINDLE_RECORD_STORE_H
 #define PINDLE_RECORD_STORE_H
 
@@ -9,26 +10,38 @@
 #include "digest.h"
 #include "field_codec.h"
 #include "file_stamp.h"
+#include "file_version.h"
+#include "folder_reads.h"
 #include "save_batch.h"
+#include "scattered_read.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <memory>
 #include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
 // Record must provide: a default constructor that makes an empty record, a `next` pointer,
-// kFileSize, kLinkAt (where its link slot lies), bool decode(const unsigned char*) (true when
-// the block is as encode writes it, link slot aside), encode(unsigned char*, bool last) const
-// and digest() const, a digest of what encode writes apart from the link slot.
+// kFileSize, kLinkAt (where its link slot lies), kHeadSize (how much of the record a load reads),
+// bool decode(const unsigned char* head) (true when those bytes are as encode writes them),
+// bool encode(unsigned char*, bool last) const (false when bytes it must read from a file
+// cannot be), headDigest() const, a digest of what a load reads and encode writes apart from the
+// link slot, std::optional<Digest> digest() const, the same of all encode writes when all of it
+// is in memory, bool alike(const Record&) const, which compares what headDigest leaves out, and
+// file(version, slot) and filedAt(version, slot), which say where that lies in a file.
 template <class Record> class RecordStore {
+    static constexpr std::size_t kLink = FieldCodec::kLinkSize;
+    // What a load reads of each record, and how many records it reads at once.
+    static constexpr std::size_t kPiece = kLink + Record::kHeadSize;
+    static constexpr std::size_t kBatch = 256;
+
 public:
     char fileName[256];
-    std::FILE* file;
     // The list is read by position: count() and at(i), both in constant time. head and each
     // record's next mirror it for the record layout, the file's link slots and the export
     // writers, which walk a list from its head; the store keeps them in step.
@@ -96,8 +109,11 @@ public:
         if (size == 0)
             return nullptr;
         near = std::clamp(near, 0, size - 1);
-        const Digest wanted = like.digest();
-        auto holds = [&](int at) { return at >= 0 && at < size && order_[at]->digest() == wanted; };
+        const Digest wanted = like.headDigest();
+        auto holds = [&](int at) {
+            return at >= 0 && at < size && order_[at]->headDigest() == wanted &&
+                   order_[at]->alike(like);
+        };
         for (int distance = 0; distance <= std::max(near, size - 1 - near); distance++) {
             if (holds(near - distance))
                 return order_[near - distance];
@@ -138,8 +154,15 @@ public:
     // Saves go into `batch` until this is called again with null.
     void joinBatch(SaveBatch* batch) { batch_ = batch; }
 
+    // Reads of what loads leave in the file go through `reads` (the folder's lock) from now on.
+    void shareReads(std::shared_ptr<FolderReads> reads) {
+        reads_ = std::move(reads);
+        if (version_)
+            version_->readThrough(reads_);
+    }
+
 protected:
-    explicit RecordStore(const char* name) : fileName{}, file(nullptr), head(nullptr) {
+    explicit RecordStore(const char* name) : fileName{}, head(nullptr) {
         std::snprintf(fileName, sizeof fileName, "%s", name);
     }
     RecordStore(const RecordStore&) = delete;
@@ -152,55 +175,101 @@ protected:
         clear();
         held_.clear();
         stamp_ = FileStamp();
+        version_.reset();
         return load();
     }
 
     // Returns false when the file could not be opened, a pipe or a socket in its place
-    // included (reported). Reads the whole records the file held when it was opened:
-    // a trailing partial record is dropped without a word, and a device, which has no size,
-    // gives none rather than reading for ever. No link slot is taken for a link. A record the
-    // file holds other than as a save would write it (bytes after a terminator, another link
-    // value) is remembered as unknown, so the first save writes it.
+    // included (reported). Reads of each whole record the file held when it was opened its first
+    // kHeadSize bytes and the link slot before them: a trailing partial record is dropped without
+    // a word, and a device, which has no size, gives none rather than reading for ever. The file
+    // stays open, as the version its records were loaded from. A record the file holds other
+    // than as a save would write it (bytes after a terminator, another link value) is remembered
+    // as unknown, so the first save writes it.
     bool load() {
         const int fd = DataFile::open(fileName, O_RDONLY);
-        file = fd >= 0 ? fdopen(fd, "rb") : nullptr;
-        if (file == nullptr) {
+        struct stat opened {};
+        if (fd < 0 || fstat(fd, &opened) != 0) {
             if (fd >= 0)
                 close(fd);
             DataReport::unreadable(fileName);
             stamp_ = FileStamp::of(fileName);
             return false;
         }
-        struct stat opened {};
-        fstat(fileno(file), &opened);
+        if (!S_ISREG(opened.st_mode)) {
+            close(fd);
+            return true;
+        }
+        version_ = std::make_shared<FileVersion>(fd, opened);
+        version_->readThrough(reads_);
         const auto records = static_cast<std::size_t>(opened.st_size) / Record::kFileSize;
-        unsigned char block[Record::kFileSize];
-        unsigned char link[FieldCodec::kLinkSize];
-        for (std::size_t read = 0; read < records && !std::feof(file); read++) {
-            if (std::fread(block, Record::kFileSize, 1, file) != 1)
+        order_.reserve(records);
+        held_.reserve(records);
+        // Before the reader: reads in flight write into it until the reader is gone.
+        std::vector<unsigned char> bytes(kBatch * kPiece);
+        ScatteredRead reader(fd);
+        std::size_t loaded = 0;
+        while (loaded < records) {
+            const std::size_t batch = std::min(kBatch, records - loaded);
+            for (std::size_t k = 0; k < batch; k++) {
+                const std::size_t index = loaded + k, lead = index == 0 ? 0 : kLink;
+                reader.add(index * Record::kFileSize - lead, &bytes[k * kPiece + kLink - lead],
+                           lead + Record::kHeadSize);
+            }
+            if (!reader.run())
                 break;
-            Record* record = new Record;
-            bool asSaved = record->decode(block);
-            record->next = nullptr;
-            append(record);
-            FieldCodec::putLink(link, order_.size() == records);
-            asSaved = asSaved && std::memcmp(link, block + Record::kLinkAt, sizeof link) == 0;
-            held_.push_back(asSaved ? std::optional<Digest>(record->digest()) : std::nullopt);
+            for (std::size_t k = 0; k < batch; k++)
+                loadRecord(&bytes[k * kPiece], loaded + k);
+            loaded += batch;
+        }
+        unsigned char link[kLink];
+        if (loaded > 0) {
+            reader.add(loaded * Record::kFileSize - kLink, link, kLink);
+            if (!reader.run() || !linkIs(link, loaded == records))
+                held_.back().reset();
         }
         // A file that changed while it was read is not known to hold what was loaded.
         struct stat closing {};
-        fstat(fileno(file), &closing);
-        if (held_.size() == records && FileStamp(opened).matches(closing))
+        fstat(fd, &closing);
+        if (loaded == records && FileStamp(opened).matches(closing))
             stamp_ = FileStamp(closing);
-        std::fclose(file);
         return true;
     }
 
 private:
+    static bool linkIs(const unsigned char* slot, bool last) {
+        unsigned char link[FieldCodec::kLinkSize];
+        FieldCodec::putLink(link, last);
+        return std::memcmp(slot, link, sizeof link) == 0;
+    }
+
+    // Record `index` from the link slot of the record before it (none for the first) and its head.
+    void loadRecord(const unsigned char* bytes, std::size_t index) {
+        if (index > 0 && !linkIs(bytes, false))
+            held_.back().reset();
+        Record* record = new Record;
+        const bool asSaved = record->decode(bytes + kLink);
+        record->next = nullptr;
+        record->file(version_, index);
+        append(record);
+        held_.push_back(asSaved
+                            ? std::optional<Digest>(record->digest().value_or(record->headDigest()))
+                            : std::nullopt);
+    }
+
+    // True when position `slot` of the file holds the record there now exactly as it would write,
+    // given its digests: the same bytes, or the same head and the rest filed there.
+    bool unchanged(std::size_t slot, const std::optional<Digest>& whole, const Digest& head) const {
+        return slot < held_.size() && held_[slot] &&
+               (held_[slot] == whole ||
+                (held_[slot] == head && order_[slot]->filedAt(version_.get(), slot)));
+    }
+
     // This store's part of a save: which records go where, encoded straight into the journal
     // or the whole new file.
     void plan(SaveBatch& batch) {
-        SaveTarget* target = batch.open(fileName, stamp_, head != nullptr, &stamp_);
+        SaveTarget* target = batch.open(fileName, stamp_, head != nullptr,
+                                        [this](const FileStamp& stamp) { committed(stamp); });
         if (target == nullptr)
             return;
         if (!target->inPlace())
@@ -209,11 +278,14 @@ private:
         const std::size_t count = order_.size();
         std::vector<Digest> digests;
         digests.reserve(count);
+        std::vector<bool> changes(count);
         std::uint64_t changed = 0;
         for (std::size_t i = 0; i < count; i++) {
-            digests.push_back(order_[i]->digest());
-            if (i >= before || held_[i] != digests[i])
-                changed += Record::kFileSize;
+            const std::optional<Digest> whole = order_[i]->digest();
+            const Digest head = order_[i]->headDigest();
+            digests.push_back(whole.value_or(head));
+            changes[i] = !unchanged(i, whole, head);
+            changed += changes[i] ? Record::kFileSize : 0;
         }
         const std::uint64_t length = count * std::uint64_t{Record::kFileSize};
         // Writing half the file in place costs as much as all of it once the journal has it too;
@@ -222,7 +294,7 @@ private:
         if (target->direct() || (target->replaceable() && mostly))
             writeWhole(*target);
         else
-            writeChanged(batch, *target, before, digests);
+            writeChanged(batch, *target, before, changes);
         target->setLength(length);
         held_.assign(digests.begin(), digests.end());
     }
@@ -230,17 +302,35 @@ private:
     void writeWhole(SaveTarget& target) {
         target.startWhole();
         for (std::size_t i = 0; i < order_.size(); i++)
-            order_[i]->encode(target.next(Record::kFileSize), i + 1 == order_.size());
+            encode(i, target.next(Record::kFileSize));
+    }
+
+    void encode(std::size_t index, unsigned char* block) const {
+        if (!order_[index]->encode(block, index + 1 == order_.size()))
+            DataReport::fail("could not save %s: another program changed it while it was open "
+                             "here, and what was left to read of it is gone",
+                             fileName);
+    }
+
+    // The file now holds every record at its position, as the save encoded them.
+    void committed(const FileStamp& stamp) {
+        stamp_ = stamp;
+        version_ = FileVersion::reopen(fileName, stamp);
+        if (!version_)
+            return;
+        version_->readThrough(reads_);
+        for (std::size_t i = 0; i < order_.size(); i++)
+            order_[i]->file(version_, i);
     }
 
     void writeChanged(SaveBatch& batch, SaveTarget& target, std::size_t before,
-                      const std::vector<Digest>& digests) {
+                      const std::vector<bool>& changes) {
         const std::size_t count = order_.size();
         for (std::size_t i = 0; i < count; i++) {
             const bool last = i + 1 == count;
             const std::uint64_t offset = i * std::uint64_t{Record::kFileSize};
-            if (i >= before || held_[i] != digests[i])
-                order_[i]->encode(batch.write(target, offset, Record::kFileSize), last);
+            if (changes[i])
+                encode(i, batch.write(target, offset, Record::kFileSize));
             else if (last != (i + 1 == before))
                 FieldCodec::putLink(
                     batch.write(target, offset + Record::kLinkAt, FieldCodec::kLinkSize), last);
@@ -249,11 +339,16 @@ private:
 
     // The records in list order, so that count and at need no walk.
     std::vector<Record*> order_;
-    // Per position of the file, the digest of the record it holds; none where that is unknown.
+    // Per position of the file, the digest of the record it holds: of all of it when the record
+    // there had all in memory, else of its head, the rest being filed there; none where the file
+    // holds it other than as a save writes it.
     std::vector<std::optional<Digest>> held_;
     // The file as last loaded or written, or what stood in its place when it could not be
     // opened; a save finding anything else writes it whole.
     FileStamp stamp_;
+    // That file held open, while it is still what the records were loaded from or written to.
+    std::shared_ptr<FileVersion> version_;
+    std::shared_ptr<FolderReads> reads_;
     // The batch of the folder's change under way, if any.
     SaveBatch* batch_ = nullptr;
 };

@@ -23,12 +23,12 @@ void SaveBatch::add(const void* owner, std::function<void(SaveBatch&)> plan) {
 }
 
 SaveTarget* SaveBatch::open(const char* name, const FileStamp& lastSeen, bool mustOpen,
-                            FileStamp* stampOut) {
+                            std::function<void(const FileStamp&)> committed) {
     auto target = std::make_unique<SaveTarget>(name, lastSeen, mustOpen);
     if (!target->isOpen())
         return nullptr;
     targets_.push_back(std::move(target));
-    stampOuts_.push_back(stampOut);
+    committed_.push_back(std::move(committed));
     return targets_.back().get();
 }
 
@@ -56,11 +56,8 @@ void SaveBatch::commit() {
     for (auto& [owner, plan] : plans_)
         plan(*this);
     carryOut();
-    for (std::size_t i = 0; i < targets_.size(); i++) {
-        FileStamp stamp = targets_[i]->finish();
-        if (stampOuts_[i] != nullptr)
-            *stampOuts_[i] = stamp;
-    }
+    for (std::size_t i = 0; i < targets_.size(); i++)
+        committed_[i](targets_[i]->finish());
 }
 
 // One file rewritten whole and nothing else is replaced by a rename alone; anything more goes

@@ -28,9 +28,9 @@ public:
     void add(const void* owner, std::function<void(SaveBatch&)> plan);
 
     // For a plan: the data file `name`, or null when it cannot be opened and need not be.
-    // `stampOut` receives the file's stamp once the batch has committed.
+    // `committed` is given the file's stamp once the batch has committed.
     SaveTarget* open(const char* name, const FileStamp& lastSeen, bool mustOpen,
-                     FileStamp* stampOut);
+                     std::function<void(const FileStamp&)> committed);
     // For a plan: room for `size` bytes that go to `target` at `offset`, in place.
     unsigned char* write(SaveTarget& target, std::uint64_t offset, std::size_t size);
 
@@ -45,7 +45,7 @@ private:
 
     std::vector<std::pair<const void*, std::function<void(SaveBatch&)>>> plans_;
     std::vector<std::unique_ptr<SaveTarget>> targets_;
-    std::vector<FileStamp*> stampOuts_;
+    std::vector<std::function<void(const FileStamp&)>> committed_;
     std::unique_ptr<SaveJournal> journal_;
 };
 

@@ -25,8 +25,9 @@ void writeFormat(const ExportOptions& options, std::time_t stamp) {
     TodoStore todos;
     CategoryStore categories;
     // The stores load one after the other: a save another program made meanwhile is read again
-    // under the folder's lock, so the output is one consistent state of both files.
-    DataFolder(todos, categories).refresh();
+    // under the folder's lock, and the notes with it, so the output is one consistent state of
+    // both files.
+    DataFolder(todos, categories).refresh(DataFolder::Notes::All);
     if (options.format == ExportOptions::Format::Csv)
         CsvWriter::write(std::cout, todos.head);
     else if (options.format == ExportOptions::Format::Ics)

@@ -34,7 +34,7 @@ const std::uint32_t kEmptyText = textDigest("");
 RecordDigest RecordDigest::of(const TodoRecord& r) {
     using namespace TodoField;
     RecordDigest d;
-    const std::string texts[] = {text(r.category), text(r.description), text(r.notes)};
+    const std::string texts[] = {text(r.category), text(r.description), r.notes()};
     d.fields[Date] = numbers({r.month, r.day, r.year});
     d.fields[Priority] = numbers({r.priority});
     d.fields[Completed] = numbers({r.completed != 0});

@@ -72,6 +72,13 @@ void selectLine(Fl_Browser* browser, const void* record) {
 int descriptionLength(const TodoRecord& r) {
     return static_cast<int>(strnlen(r.description, sizeof r.description));
 }
+
+// A full-length description has no terminator of its own: it runs on into the notes.
+std::string shownDescription(const TodoRecord& r) {
+    const auto length = static_cast<std::size_t>(descriptionLength(r));
+    return length < sizeof r.description ? r.description
+                                         : std::string(r.description, length) + r.notes();
+}
 } // namespace
 
 template <void (TodoWindow::*Handler)()> void TodoWindow::fromWindow(Fl_Widget* w, void*) {
@@ -249,17 +256,17 @@ void TodoWindow::newTodo() {
 }
 
 void TodoWindow::editTodo() {
-    TodoRecord* r = selectedRecord<TodoRecord>(todoBrowser);
+    TodoRecord* r = selectedTodo();
     if (r == nullptr)
         return;
     editedTodo_ = std::make_unique<TodoRecord>(*r);
     editedTodoAt_ = todoStore.indexOf(r);
     entryDialog.showDate({r->month, r->day, r->year});
     entryDialog.priorityChoice->value(r->priority);
-    entryDialog.descriptionInput->value(r->description);
+    entryDialog.descriptionInput->value(shownDescription(*r).c_str());
     entryDialog.completeButton->value(r->completed);
     entryDialog.notesBuffer.remove(0, entryDialog.notesBuffer.length());
-    entryDialog.notesBuffer.insert(0, r->notes);
+    entryDialog.notesBuffer.insert(0, r->notes());
     entryDialog.loadCategories();
     entryDialog.categoryChoice->value(0);
     selectByText(entryDialog.categoryChoice, r->category);
@@ -325,7 +332,7 @@ void TodoWindow::cancelTodo() {
 // The question runs the event loop, in which the stores may be read again: the to-do is then
 // found again by its content.
 void TodoWindow::deleteTodo() {
-    TodoRecord* r = selectedRecord<TodoRecord>(todoBrowser);
+    TodoRecord* r = selectedTodo();
     if (r == nullptr)
         return;
     TodoRecord doomed = *r;
@@ -450,6 +457,17 @@ std::unique_ptr<DataFolder::Change> TodoWindow::beginChange() {
     auto change = std::make_unique<DataFolder::Change>(folder_);
     showReloaded(change->reloaded(), picked);
     return change;
+}
+
+// The notes come from the version of the file the list shows. When another program has changed
+// it in place since, the list is read again first, as following the files would.
+TodoRecord* TodoWindow::selectedTodo() {
+    TodoRecord* r = selectedRecord<TodoRecord>(todoBrowser);
+    if (r != nullptr && !r->readNotes()) {
+        followFiles();
+        r = selectedRecord<TodoRecord>(todoBrowser);
+    }
+    return r != nullptr && r->readNotes() ? r : nullptr;
 }
 
 TodoWindow::Picked TodoWindow::pick() const {

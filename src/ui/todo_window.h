@@ -85,6 +85,8 @@ private:
     };
 
     Picked pick() const;
+    // The selected to-do with its notes read, or null.
+    TodoRecord* selectedTodo();
     void showReloaded(const DataFolder::Reloaded& reloaded, const Picked& picked);
     // The folder locked for one change, with whatever another program changed shown first.
     std::unique_ptr<DataFolder::Change> beginChange();

@@ -100,10 +100,10 @@ void show(const char* folder) {
     for (int i = 0; i < s.todos.count(); i++) {
         const TodoRecord* r = s.todos.at(i);
         unsigned sum = 0;
-        for (const char* p = r->notes; *p != '\0'; p++)
+        for (const char* p = r->notes(); *p != '\0'; p++)
             sum = sum * 31 + static_cast<unsigned char>(*p);
         std::printf("%d/%d/%d %d %d %s|%.50s|%zu:%08x\n", r->month, r->day, r->year, r->priority,
-                    r->completed, r->category, r->description, std::strlen(r->notes), sum);
+                    r->completed, r->category, r->description, std::strlen(r->notes()), sum);
     }
     for (int i = 0; i < s.categories.count(); i++)
         std::printf("category %s\n", s.categories.at(i)->name);

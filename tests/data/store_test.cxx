@@ -51,9 +51,9 @@ TEST_F(StoreFile, TodosLoadAsStoredAndSaveAsWritten) {
     const TodoRecord* r = store.at(0);
     EXPECT_EQ(std::vector<int>({r->month, r->day, r->year, r->priority, r->completed}),
               std::vector<int>({12, 25, -70000, 1000, 7}));
-    EXPECT_STREQ(r->notes, "line 1\nline 2");
+    EXPECT_STREQ(r->notes(), "line 1\nline 2");
     unended.notes.pop_back(); // the field's last byte ends the notes
-    EXPECT_EQ(store.at(2)->notes, unended.notes);
+    EXPECT_EQ(store.at(2)->notes(), unended.notes);
     store.save();
     EXPECT_TRUE(readFile("pindle_todo.db") == todoFile({odd, plain, unended}));
 }
@@ -90,6 +90,23 @@ TEST_F(StoreFile, FindIsExactAndPrefersTheEarliestOrTheNearest) {
         CategoryRecord like;
         like.setName(name);
         EXPECT_EQ(store.findLike(like, near), found < 0 ? nullptr : store.at(found)) << name;
+    }
+}
+
+// Two to-dos alike but for their notes, short or too long to be kept in memory: a copy of either
+// finds its own, also once the file was read again, and a copy with notes of its own finds none.
+TEST_F(StoreFile, FindLikeTellsToDosApartByTheirNotes) {
+    for (const std::string& notes : {std::string("short"), std::string(300, 'n')}) {
+        writeFile("pindle_todo.db", todoFile({{1, 1, 2030, 0, 0, "", "same", notes + "1"},
+                                              {1, 1, 2030, 0, 0, "", "same", notes + "2"}}));
+        Todos store;
+        const TodoRecord second = *store.at(1);
+        EXPECT_EQ(store.findLike(second, 0), store.at(1)) << notes.size();
+        store.reload();
+        EXPECT_EQ(store.findLike(second, 0), store.at(1)) << notes.size();
+        TodoRecord other = second;
+        other.setNotes(notes.c_str());
+        EXPECT_EQ(store.findLike(other, 0), nullptr) << notes.size();
     }
 }
 
@@ -192,19 +209,25 @@ TEST(TodoRecordText, AFullFieldRunsOnIntoTheNextButNoCopyLeavesTheRecord) {
     // The record sits inside a larger buffer whose tail must stay untouched.
     alignas(TodoRecord) static unsigned char arena[sizeof(TodoRecord) + 64];
     std::memset(arena, 0x5a, sizeof arena);
-    auto* r = new (arena) TodoRecord;
+    auto* r = ::new (arena) TodoRecord;
+    r->next = r;
     r->setCategory(std::string(50, 'C').c_str());
     r->setDescription(std::string(50, 'D').c_str());
     r->setNotes("notes");
     EXPECT_EQ(std::string(r->category), std::string(50, 'C') + std::string(50, 'D') + "notes");
+    // A description of 50 ends the notes; a longer one runs on into them as far as they go.
+    r->setDescription(std::string(50, 'd').c_str());
+    EXPECT_STREQ(r->notes(), "");
     std::string huge(40000, 'h');
     r->setDescription(huge.c_str());
+    EXPECT_EQ(std::string(r->notes()), std::string(31999, 'h'));
+    EXPECT_EQ(std::strlen(r->description), 50u + TodoRecord::kNotesKept);
     r->setNotes(huge.c_str());
-    EXPECT_EQ(std::strlen(r->description), 50u + 31999u);
-    for (std::size_t i = offsetof(TodoRecord, notes) + sizeof r->notes; i < sizeof arena; i++) {
-        bool link = i >= offsetof(TodoRecord, next) && i < offsetof(TodoRecord, next) + 8;
-        ASSERT_TRUE(link || arena[i] == 0x5a) << "byte " << i;
-    }
+    r->setCategory(huge.c_str());
+    EXPECT_EQ(r->next, r);
+    for (std::size_t i = sizeof(TodoRecord); i < sizeof arena; i++)
+        ASSERT_EQ(arena[i], 0x5a) << "byte " << i;
+    r->~TodoRecord();
 }
 
 } // namespace

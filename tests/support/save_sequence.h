@@ -4,7 +4,12 @@
 // of the list, and the save must have written only the records that differ from the file it
 // last wrote or loaded (their link slots alone when only those differ), once into the save's
 // journal and once in place, or the file whole when that is less; every record when something
-// else changed the file since, after keeping what that change left in a copy.
+// else changed the file since, after keeping what that change left in a copy. A to-do store
+// reads a record's first bytes at a load and long notes only when they are needed: a change made
+// in place by a program that ignores the folder's lock takes from it what was still to be read,
+// so the runs read every to-do's notes before they make one; and bytes after the notes'
+// terminator past what a load reads are rewritten only with their record, so other programs'
+// stray bytes land where a load reads.
 #ifndef PINDLE_TEST_SAVE_SEQUENCE_H
 #define PINDLE_TEST_SAVE_SEQUENCE_H
 
@@ -178,9 +183,16 @@ private:
             known_.substr(0, known_.size() - known_.size() % Record::kFileSize) == encoding();
     }
 
+    void readWhole() {
+        if constexpr (std::is_same_v<Store, TodoStore>)
+            store_->readAllNotes();
+    }
+
     // Each leaves a file that stat tells apart from the last one saved, whatever the clock's
     // granularity: another inode, another size, or an older modification time.
     void changeFile(std::uint32_t arg) {
+        if (arg % 5 == 1 || arg % 5 == 2)
+            readWhole();
         std::string bytes = readFile(name());
         struct stat old {};
         stat(name(), &old);
@@ -196,8 +208,13 @@ private:
             std::ofstream(name(), std::ios::binary) << bytes;
             break;
         case 2: { // overwritten at the same size and put back with an older modification time
-            if (!bytes.empty())
-                bytes[arg % bytes.size()] ^= 1;
+            const std::size_t records = bytes.size() / Record::kFileSize;
+            const std::size_t within = arg / 8 % (Record::kHeadSize + FieldCodec::kLinkSize);
+            if (records > 0)
+                bytes[arg % records * Record::kFileSize +
+                      (within < Record::kHeadSize
+                           ? within
+                           : within + Record::kLinkAt - Record::kHeadSize)] ^= 1;
             std::ofstream(name(), std::ios::binary) << bytes;
             const timespec times[2] = {old.st_atim, {old.st_mtim.tv_sec - 1, old.st_mtim.tv_nsec}};
             utimensat(AT_FDCWD, name(), times, 0);
@@ -207,9 +224,11 @@ private:
             std::remove(name());
             break;
         default: { // written by another program, which leaves a stray byte in each record: in
-                   // its link slot, anywhere, or among a to-do's first fields; and loaded again
-            const std::size_t head = arg & 8 ? 117 : Record::kLinkAt;
-            const std::size_t stray = arg & 4 ? Record::kLinkAt : arg / 16 % head % Record::kLinkAt;
+                   // its link slot, anywhere a load reads, or among a to-do's first fields; and
+                   // loaded again
+            const std::size_t head = arg & 8 ? 117 : Record::kHeadSize;
+            const std::size_t stray =
+                arg & 4 ? Record::kLinkAt : arg / 16 % head % Record::kHeadSize;
             for (std::size_t at = stray; at < bytes.size(); at += Record::kFileSize)
                 bytes[at] = 'j';
             std::ofstream(name(), std::ios::binary) << bytes;

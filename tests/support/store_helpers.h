@@ -55,11 +55,12 @@ inline std::string todoBytes(const TodoFields& f, bool last = true) {
     return r + std::string(3, '\0') + beInt(last ? 0 : 1);
 }
 
-// The to-do those bytes load as.
+// The to-do those bytes load as, its notes read whole.
 inline std::unique_ptr<TodoRecord> todoRecord(const TodoFields& f) {
     auto r = std::make_unique<TodoRecord>();
     std::string bytes = todoBytes(f);
     r->decode(reinterpret_cast<const unsigned char*>(bytes.data()));
+    r->setNotes(bytes.c_str() + 117);
     return r;
 }
 

@@ -118,7 +118,7 @@ TEST_F(EntryDialogTest, NotesAreCutAndAFullDescriptionRunsOnIntoThem) {
     win->newTodoButton->do_callback();
     entryDialog.notesBuffer.text(twoByte.c_str());
     entryDialog.saveButton->do_callback();
-    EXPECT_EQ(todoStore.at(1)->notes, twoByte.substr(0, 31998));
+    EXPECT_EQ(todoStore.at(1)->notes(), twoByte.substr(0, 31998));
 }
 
 // Real key presses and pastes at and over the limit of 50 bytes: growth past it is refused,
