@@ -134,7 +134,7 @@ void ServerTodo::fill(TodoRecord& record, const CalDate& today, TodoField::Set f
     // written again as they were, so that every field ends as its own copy leaves it.
     const std::string kept[] = {fields[Category] ? "" : fieldText(record.category),
                                 fields[Description] ? "" : fieldText(record.description),
-                                fields[Notes] ? "" : fieldText(record.notes)};
+                                fields[Notes] ? "" : std::string(record.notes())};
     record.setCategory(fields[Category] ? category.c_str() : kept[0].c_str());
     record.setDescription(fields[Description] ? summary.c_str() : kept[1].c_str());
     record.setNotes(fields[Notes] ? notes.c_str() : kept[2].c_str());
