@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 
 class FnvHash {
@@ -26,6 +27,20 @@ public:
     // With its terminator, so that moving bytes between neighbouring fields changes the hash.
     void addText(const std::string& text) { add(text.c_str(), text.size() + 1); }
     std::uint64_t value() const { return hash_; }
+
+    // The low 32 bits of the hash of some numbers, or of one text: what the sync keeps of a
+    // field, on either side, to tell later whether that side changed it.
+    static std::uint32_t digest(std::initializer_list<long long> values) {
+        FnvHash hash;
+        for (long long v : values)
+            hash.addInt(v);
+        return static_cast<std::uint32_t>(hash.value());
+    }
+    static std::uint32_t digest(const std::string& text) {
+        FnvHash hash;
+        hash.addText(text);
+        return static_cast<std::uint32_t>(hash.value());
+    }
 
 private:
     std::uint64_t hash_ = 0xcbf29ce484222325ULL;

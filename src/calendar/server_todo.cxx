@@ -7,7 +7,6 @@
 #include "utf8_text.h"
 
 #include <cstring>
-#include <initializer_list>
 #include <libical/ical.h>
 #include <memory>
 
@@ -86,19 +85,6 @@ template <std::size_t N> std::string fieldText(const char (&field)[N]) {
     return std::string(field, strnlen(field, N));
 }
 
-std::uint32_t digestOf(std::initializer_list<long long> values) {
-    FnvHash hash;
-    for (long long v : values)
-        hash.addInt(v);
-    return static_cast<std::uint32_t>(hash.value());
-}
-
-std::uint32_t digestOf(const std::string& text) {
-    FnvHash hash;
-    hash.addText(text);
-    return static_cast<std::uint32_t>(hash.value());
-}
-
 } // namespace
 
 bool ServerTodo::parse(const std::string& ics, ServerTodo& out) {
@@ -143,11 +129,11 @@ void ServerTodo::fill(TodoRecord& record, const CalDate& today, TodoField::Set f
 std::array<std::uint32_t, TodoField::kCount> ServerTodo::fieldDigests() const {
     using namespace TodoField;
     std::array<std::uint32_t, kCount> out{};
-    out[Date] = hasDue ? digestOf({year, month, day}) : digestOf({-1});
-    out[Priority] = digestOf({hasPriority ? priority : -1});
-    out[Completed] = digestOf({completed ? 1 : 0});
-    out[Category] = digestOf(category);
-    out[Description] = digestOf(summary);
-    out[Notes] = digestOf(notes);
+    out[Date] = hasDue ? FnvHash::digest({year, month, day}) : FnvHash::digest({-1});
+    out[Priority] = FnvHash::digest({hasPriority ? priority : -1});
+    out[Completed] = FnvHash::digest({completed ? 1 : 0});
+    out[Category] = FnvHash::digest(category);
+    out[Description] = FnvHash::digest(summary);
+    out[Notes] = FnvHash::digest(notes);
     return out;
 }

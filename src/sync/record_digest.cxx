@@ -4,7 +4,6 @@
 #include "fnv_hash.h"
 
 #include <cstring>
-#include <initializer_list>
 #include <string>
 
 namespace {
@@ -13,21 +12,8 @@ template <std::size_t N> std::string text(const char (&field)[N]) {
     return std::string(field, strnlen(field, N));
 }
 
-std::uint32_t numbers(std::initializer_list<long long> values) {
-    FnvHash hash;
-    for (long long v : values)
-        hash.addInt(v);
-    return static_cast<std::uint32_t>(hash.value());
-}
-
-std::uint32_t textDigest(const std::string& t) {
-    FnvHash hash;
-    hash.addText(t);
-    return static_cast<std::uint32_t>(hash.value());
-}
-
 // The digest of an empty text, which says nothing of a record's identity.
-const std::uint32_t kEmptyText = textDigest("");
+const std::uint32_t kEmptyText = FnvHash::digest("");
 
 } // namespace
 
@@ -35,12 +21,12 @@ RecordDigest RecordDigest::of(const TodoRecord& r) {
     using namespace TodoField;
     RecordDigest d;
     const std::string texts[] = {text(r.category), text(r.description), r.notes()};
-    d.fields[Date] = numbers({r.month, r.day, r.year});
-    d.fields[Priority] = numbers({r.priority});
-    d.fields[Completed] = numbers({r.completed != 0});
-    d.fields[Category] = textDigest(texts[0]);
-    d.fields[Description] = textDigest(texts[1]);
-    d.fields[Notes] = textDigest(texts[2]);
+    d.fields[Date] = FnvHash::digest({r.month, r.day, r.year});
+    d.fields[Priority] = FnvHash::digest({r.priority});
+    d.fields[Completed] = FnvHash::digest({r.completed != 0});
+    d.fields[Category] = FnvHash::digest(texts[0]);
+    d.fields[Description] = FnvHash::digest(texts[1]);
+    d.fields[Notes] = FnvHash::digest(texts[2]);
     FnvHash whole;
     for (long long v : {r.month, r.day, r.year, r.priority, r.completed != 0 ? 1 : 0})
         whole.addInt(v);
