@@ -17,6 +17,16 @@ if(PkgConfig_FOUND)
   pkg_check_modules(GIO ${companion_need} IMPORTED_TARGET gio-2.0)
 endif()
 find_package(nlohmann_json 3 ${companion_need} QUIET)
+
+# A companion's systemd user units: NAME.service from its template, NAME.timer, NAME.path and
+# NAME-soon.timer. Units live under lib/ whatever the system's library folder is called, and
+# each user who wants them enables them.
+function(pindle_install_user_units name)
+  configure_file(packaging/systemd/${name}.service.in ${name}.service @ONLY)
+  install(FILES ${CMAKE_BINARY_DIR}/${name}.service packaging/systemd/${name}.timer
+                packaging/systemd/${name}.path packaging/systemd/${name}-soon.timer
+          DESTINATION lib/systemd/user)
+endfunction()
 if(LIBICAL_FOUND AND LIBCURL_FOUND AND PUGIXML_FOUND AND nlohmann_json_FOUND AND LIBSECRET_FOUND
    AND TOMLPLUSPLUS_FOUND)
   include(cmake/calendar.cmake)

@@ -18,12 +18,8 @@ target_link_libraries(pindle_remind PRIVATE pindle_remind_core pindle_cli)
 install(TARGETS pindle_remind RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES packaging/pindle_remind.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 
-# The systemd user units that run it by itself, installed beside the sync's and, like them,
-# enabled by each user who wants them.
-configure_file(packaging/systemd/pindle-remind.service.in pindle-remind.service @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/pindle-remind.service packaging/systemd/pindle-remind.timer
-              packaging/systemd/pindle-remind.path packaging/systemd/pindle-remind-soon.timer
-        DESTINATION lib/systemd/user)
+# The units that run it by itself, beside the sync's.
+pindle_install_user_units(pindle-remind)
 
 if(PINDLE_BUILD_TESTS)
   add_executable(remind_tests tests/remind/remind_test.cxx)

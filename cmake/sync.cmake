@@ -32,13 +32,9 @@ target_link_libraries(pindle_sync PRIVATE pindle_sync_core)
 install(TARGETS pindle_sync RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES packaging/pindle_sync.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 
-# The systemd user units that run the sync by itself: installed, enabled by each user who wants
-# them (systemctl --user enable --now pindle-sync.timer pindle-sync.path). Units live under
-# lib/ whatever the system's library folder is called.
-configure_file(packaging/systemd/pindle-sync.service.in pindle-sync.service @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/pindle-sync.service packaging/systemd/pindle-sync.timer
-              packaging/systemd/pindle-sync.path packaging/systemd/pindle-sync-soon.timer
-        DESTINATION lib/systemd/user)
+# The units that run the sync by itself (systemctl --user enable --now pindle-sync.timer
+# pindle-sync.path).
+pindle_install_user_units(pindle-sync)
 
 if(PINDLE_BUILD_TESTS)
   add_executable(sync_tests
