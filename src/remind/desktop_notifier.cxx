@@ -100,7 +100,9 @@ DesktopNotifier::Answer DesktopNotifier::await(int seconds) {
     if (!actions_ || seconds <= 0)
         return Answer::None;
     loop_ = g_main_loop_new(nullptr, FALSE);
-    GSource* timeout = g_timeout_source_new_seconds(static_cast<guint>(seconds));
+    // In milliseconds: a timeout in seconds may fire up to a second early, to be batched with
+    // others, and a wait of one second would then be none.
+    GSource* timeout = g_timeout_source_new(static_cast<guint>(seconds) * 1000U);
     g_source_set_callback(timeout, onTimeout, this, nullptr);
     g_source_attach(timeout, nullptr);
     g_main_loop_run(loop_);
