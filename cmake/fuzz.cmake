@@ -8,7 +8,10 @@ set(fuzz_sanitize_flags -fsanitize=address,undefined -fno-sanitize-recover=all
 # A second copy of the data layer, instrumented for coverage; the normal one stays as it is.
 get_target_property(fuzz_data_sources pindle_data SOURCES)
 add_library(pindle_data_fuzz STATIC ${fuzz_data_sources})
-target_include_directories(pindle_data_fuzz PUBLIC src/data)
+get_target_property(fuzz_data_includes pindle_data INCLUDE_DIRECTORIES)
+get_target_property(fuzz_data_links pindle_data LINK_LIBRARIES)
+target_include_directories(pindle_data_fuzz PUBLIC ${fuzz_data_includes})
+target_link_libraries(pindle_data_fuzz PUBLIC ${fuzz_data_links})
 target_compile_options(pindle_data_fuzz PRIVATE ${fuzz_sanitize_flags} -fsanitize=fuzzer-no-link)
 foreach(fuzzer todo_file_fuzzer save_sequence_fuzzer)
   add_executable(${fuzzer} fuzz/${fuzzer}.cxx)
