@@ -10,6 +10,10 @@ namespace {
 
 constexpr long kConnectSeconds = 15;
 constexpr long kRequestSeconds = 120;
+constexpr std::size_t kFirstReserve = 64u << 10;
+static_assert((DavClient::kMaxReply & (DavClient::kMaxReply - 1)) == 0 &&
+                  DavClient::kMaxReply % kFirstReserve == 0,
+              "the reply grows through powers of two to the cap");
 
 // The body as it comes, until it would pass the cap: then the transfer ends there.
 struct Reading {
@@ -54,11 +58,15 @@ std::size_t collectBody(char* data, std::size_t size, std::size_t count, void* t
         reading->tooLarge = true;
         return 0;
     }
-    // Grown by doubling up to the cap, never past it, so that a reply near the cap costs the cap
-    // and half of it while it grows, not twice the cap.
-    if (body.size() + bytes > body.capacity())
-        body.reserve(
-            std::min(std::max(2 * body.capacity(), body.size() + bytes), DavClient::kMaxReply));
+    // Grown through powers of two, which end exactly at the cap (itself one): a reply near the
+    // cap costs the cap and half of it while it grows. Doubling the string's own first capacity
+    // would pass just under the cap and then cost nearly twice it.
+    if (body.size() + bytes > body.capacity()) {
+        std::size_t wanted = kFirstReserve;
+        while (wanted < body.size() + bytes)
+            wanted *= 2;
+        body.reserve(wanted);
+    }
     body.append(data, bytes);
     return bytes;
 }
