@@ -12,11 +12,8 @@ add_executable(pindle_export src/export/main.cxx)
 target_link_libraries(pindle_export PRIVATE pindle_export_core pindle_cli)
 
 if(PINDLE_BUILD_TESTS)
-  file(GLOB export_test_sources CONFIGURE_DEPENDS tests/export/*.cxx)
-  add_executable(export_tests ${export_test_sources})
-  target_include_directories(export_tests PRIVATE tests)
-  target_link_libraries(export_tests PRIVATE pindle_export_core GTest::gtest_main)
-  gtest_discover_tests(export_tests DISCOVERY_MODE PRE_TEST)
+  pindle_unit_tests(export pindle_export_core)
+  pindle_man_page_test(pindle_export)
   add_test(NAME export COMMAND ${PINDLE_SYSTEM_PYTHON} ${CMAKE_SOURCE_DIR}/tests/export/export_test.py
                                 $<TARGET_FILE:pindle_export>)
 endif()

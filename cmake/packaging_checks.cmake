@@ -7,12 +7,7 @@ add_test(NAME metainfo_valid
           ${CMAKE_SOURCE_DIR}/packaging/${pindle_app_id}.metainfo.xml)
 # desktop-file-validate prints hints but still succeeds; any output at all fails these.
 set_tests_properties(desktop_entry_valid PROPERTIES FAIL_REGULAR_EXPRESSION ".")
-foreach(page pindle_todo pindle_export)
-  add_test(NAME man_page_${page}
-    COMMAND sh -c "MANWIDTH=80 man --warnings -l \"$1\" 2>&1 >/dev/null" sh
-            ${CMAKE_SOURCE_DIR}/packaging/${page}.1)
-  set_tests_properties(man_page_${page} PROPERTIES FAIL_REGULAR_EXPRESSION ".")
-endforeach()
+pindle_man_page_test(pindle_todo)
 add_test(NAME install_staged
   COMMAND bash ${CMAKE_SOURCE_DIR}/tests/packaging/install_test.sh ${CMAKE_COMMAND}
           ${CMAKE_BINARY_DIR} ${pindle_app_id})

@@ -22,17 +22,11 @@ install(FILES packaging/pindle_remind.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
 pindle_install_user_units(pindle-remind)
 
 if(PINDLE_BUILD_TESTS)
-  add_executable(remind_tests tests/remind/remind_test.cxx)
-  target_include_directories(remind_tests PRIVATE tests)
-  target_link_libraries(remind_tests PRIVATE pindle_remind_core GTest::gtest_main)
-  gtest_discover_tests(remind_tests DISCOVERY_MODE PRE_TEST)
+  pindle_unit_tests(remind pindle_remind_core)
   # Against dunst on a display and a session bus of the test's own.
   add_test(NAME remind_desktop
     COMMAND ${PINDLE_SYSTEM_PYTHON} ${CMAKE_SOURCE_DIR}/tests/remind/desktop_test.py
             $<TARGET_FILE:pindle_remind>)
   set_tests_properties(remind_desktop PROPERTIES TIMEOUT 300)
-  add_test(NAME man_page_pindle_remind
-    COMMAND sh -c "MANWIDTH=80 man --warnings -l \"$1\" 2>&1 >/dev/null" sh
-            ${CMAKE_SOURCE_DIR}/packaging/pindle_remind.1)
-  set_tests_properties(man_page_pindle_remind PROPERTIES FAIL_REGULAR_EXPRESSION ".")
+  pindle_man_page_test(pindle_remind)
 endif()

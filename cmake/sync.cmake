@@ -37,16 +37,7 @@ install(FILES packaging/pindle_sync.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 pindle_install_user_units(pindle-sync)
 
 if(PINDLE_BUILD_TESTS)
-  add_executable(sync_tests
-    tests/sync/collection_url_test.cxx
-    tests/sync/field_merge_test.cxx
-    tests/sync/local_matcher_test.cxx
-    tests/sync/dav_client_test.cxx
-    tests/sync/dav_xml_test.cxx
-    tests/sync/task_writer_test.cxx)
-  target_include_directories(sync_tests PRIVATE tests)
-  target_link_libraries(sync_tests PRIVATE pindle_sync_core GTest::gtest_main)
-  gtest_discover_tests(sync_tests DISCOVERY_MODE PRE_TEST)
+  pindle_unit_tests(sync pindle_sync_core)
 
   # The settings and the keyring: the script runs itself in a D-Bus session of its own, with
   # a real gnome-keyring-daemon.
@@ -78,10 +69,7 @@ if(PINDLE_BUILD_TESTS)
     COMMAND ${PINDLE_SYSTEM_PYTHON} ${CMAKE_SOURCE_DIR}/tests/sync/hostile_server_test.py
             ${sync_programs})
   set_tests_properties(sync_hostile_server PROPERTIES TIMEOUT 600)
-  add_test(NAME man_page_pindle_sync
-    COMMAND sh -c "MANWIDTH=80 man --warnings -l \"$1\" 2>&1 >/dev/null" sh
-            ${CMAKE_SOURCE_DIR}/packaging/pindle_sync.1)
-  set_tests_properties(man_page_pindle_sync PROPERTIES FAIL_REGULAR_EXPRESSION ".")
+  pindle_man_page_test(pindle_sync)
 endif()
 
 # The fuzz target for what a server sends: multistatus XML and the iCalendar inside it, mapped
