@@ -18,13 +18,6 @@
 namespace {
 
 using Todos = ScopedStore<TodoStore>;
-using Categories = ScopedStore<CategoryStore>;
-
-struct Writer {
-    Todos todos;
-    Categories categories;
-    DataFolder folder{todos, categories};
-};
 
 // Notes too long for a record to keep in memory, told apart by their first and last letters.
 std::string longNotes(char letter, char version) {

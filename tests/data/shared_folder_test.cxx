@@ -20,16 +20,6 @@
 
 namespace {
 
-using Todos = ScopedStore<TodoStore>;
-using Categories = ScopedStore<CategoryStore>;
-
-// One writer: its own stores on the current directory and the folder over them.
-struct Writer {
-    Todos todos;
-    Categories categories;
-    DataFolder folder{todos, categories};
-};
-
 // The to-dos as "description:category" ("*" after a completed one), then the categories.
 std::string listed(const Writer& w) {
     std::string out;

@@ -5,6 +5,7 @@
 #define PINDLE_TEST_STORE_HELPERS_H
 
 #include "category_store.h"
+#include "data_folder.h"
 #include "todo_store.h"
 
 #include <cstdint>
@@ -17,6 +18,14 @@
 // Constructs (and so loads) a store; frees its records on destruction, for the leak checks.
 template <class Store> struct ScopedStore : Store {
     ~ScopedStore() { this->clear(); }
+};
+
+// One writer of the current directory, as one program is: its own stores and the folder over
+// them.
+struct Writer {
+    ScopedStore<TodoStore> todos;
+    ScopedStore<CategoryStore> categories;
+    DataFolder folder{todos, categories};
 };
 
 // The whole file in one read; empty when it is missing.
