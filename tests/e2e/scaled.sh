@@ -24,7 +24,9 @@ shot() { xwd -silent -id "$1" | convert xwd:- "$2"; }
 
 WORK=$(mktemp -d /tmp/pindle_scaled_XXXXXX)
 APP_PID=
-trap '[ -z "$APP_PID" ] || kill "$APP_PID" 2>/dev/null; rm -rf "$WORK"' EXIT
+# Under set -e a kill that fails in the trap, the program being gone already, would end the
+# script with status 1 after it passed.
+trap '[ -z "$APP_PID" ] || kill "$APP_PID" 2>/dev/null || true; rm -rf "$WORK"' EXIT
 (cd "$WORK" && exec env FLTK_BACKEND=x11 FLTK_SCALING_FACTOR=2 "$APP" 2>/dev/null) &
 APP_PID=$!
 

@@ -24,7 +24,10 @@ RUNTIME=$(mktemp -d /tmp/pindle_wayland_XXXXXX) # private: mode 0700, as a runti
 WORK=$RUNTIME/folder
 mkdir "$WORK"
 SWAY= APP_PID=
-trap '[ -z "$APP_PID" ] || kill "$APP_PID" 2>/dev/null; [ -z "$SWAY" ] || kill "$SWAY" 2>/dev/null;
+# Under set -e a kill that fails in the trap, its process being gone already, would end the
+# script with status 1 after it passed.
+trap '[ -z "$APP_PID" ] || kill "$APP_PID" 2>/dev/null || true
+      [ -z "$SWAY" ] || kill "$SWAY" 2>/dev/null || true
       wait; rm -rf "$RUNTIME"' EXIT
 # Windows keep the size they ask for, as on a stacking desktop.
 cat >"$RUNTIME/sway.conf" <<'EOF'
