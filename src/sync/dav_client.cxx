@@ -165,7 +165,7 @@ std::string DavClient::describe(int result, bool tooLarge) const {
     if (tooLarge)
         return "the server's reply was larger than " + std::to_string(kMaxReply >> 20) +
                " MiB, far more than a task list needs; the sync stopped reading it";
-    std::string what = curlError_[0] != '\0' ? curlError_ : curl_easy_strerror(CURLcode(result));
+    std::string what = curlWords(result);
     if (result == CURLE_PEER_FAILED_VERIFICATION)
         what = "the server's certificate is not trusted (" + what +
                "); if the server is your own, give its certificate, or the certificate of the "
@@ -173,6 +173,10 @@ std::string DavClient::describe(int result, bool tooLarge) const {
     else if (result == CURLE_SSL_CACERT_BADFILE)
         what = "cannot use the CA file " + caFile_ + " (" + what + ")";
     return "cannot reach the server: " + what;
+}
+
+std::string DavClient::curlWords(int result) const {
+    return curlError_[0] != '\0' ? curlError_ : curl_easy_strerror(CURLcode(result));
 }
 
 std::string DavClient::hrefFor(const std::string& path) const {
@@ -217,6 +221,8 @@ bool DavClient::send(const char* method, const std::string& path, const std::str
         // What was read of an endless reply is let go at once, not kept to the caller's end.
         std::string().swap(reply.body);
         reply.cutOff = reading.tooLarge;
+        if (result == CURLE_SEND_ERROR || result == CURLE_RECV_ERROR)
+            reply.brokenOff = curlWords(result);
         return false;
     }
     curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &reply.status);

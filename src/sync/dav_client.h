@@ -19,6 +19,9 @@ struct HttpReply {
     std::string location; // where a redirection points, as an absolute URL
     std::string body;
     bool cutOff = false; // no reply: it was larger than DavClient::kMaxReply
+    // No reply: the server, once reached, broke the connection during the exchange (libcurl's
+    // words), as a server does that refuses a body by closing before it has read it.
+    std::string brokenOff;
 };
 
 class DavClient {
@@ -60,6 +63,7 @@ public:
 private:
     std::string urlFor(const std::string& path, CURLUPart part) const;
     std::string describe(int result, bool tooLarge) const;
+    std::string curlWords(int result) const;
 
     void* curl_;
     char curlError_[CURL_ERROR_SIZE];

@@ -323,7 +323,8 @@ void SyncSession::sendAll() {
 }
 
 // Once one write cannot reach the server, the rest are not tried: each would wait out the
-// same failure, and all are left for the next sync.
+// same failure, and all are left for the next sync. A connection the server broke while a
+// write was on its way is that write's refusal: the server was there, and the rest go on.
 bool SyncSession::write(const char* method, const std::string& path, const std::string& body,
                         const std::vector<std::string>& headers, HttpReply& reply) {
     if (offline_)
@@ -331,8 +332,10 @@ bool SyncSession::write(const char* method, const std::string& path, const std::
     std::string error;
     if (client_.send(method, path, body, headers, reply, error))
         return true;
-    offline_ = true;
-    firstFailure_ = error;
+    if (reply.brokenOff.empty()) {
+        offline_ = true;
+        firstFailure_ = error;
+    }
     return false;
 }
 
@@ -348,6 +351,10 @@ bool SyncSession::accepted(const std::string& what, bool sent, const HttpReply& 
     tally_.unsent++;
     if (sent)
         refusals_.push_back(what + ": " + describeReply(reply));
+    else if (!reply.brokenOff.empty())
+        refusals_.push_back(what +
+                            ": the server broke off the connection while it was being sent (" +
+                            reply.brokenOff + ")");
     return false;
 }
 

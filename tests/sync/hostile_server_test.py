@@ -8,6 +8,8 @@ import http.server
 import os
 import pty
 import shutil
+import socket
+import struct
 import subprocess
 import threading
 import time
@@ -35,6 +37,7 @@ class Hostile(http.server.BaseHTTPRequestHandler):
     from_t1 = None  # (status, body): how a sync-collection from token t1 is answered instead
     put_status = 201  # None: the connection closed with no reply
     put_seconds = 0
+    reset_above = None  # a PUT of a longer body: the connection reset before it is read
     endless = False  # every REPORT answered with a body that never ends
     halves = False  # so is a calendar-multiget of more than one task
     sync_reply = None  # how a sync-collection is answered, when not as any REPORT
@@ -65,8 +68,15 @@ class Hostile(http.server.BaseHTTPRequestHandler):
             self.answer(type(self).propfind_status, type(self).listing)
 
     def do_PUT(self):
-        self.body()
         type(self).puts += 1
+        if int(self.headers["Content-Length"]) > (type(self).reset_above or float("inf")):
+            # Closed with the body unread and no lingering: a reset, as a server that refuses
+            # a body by its length and closes at once leaves the connection.
+            self.connection.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+            self.connection.close()
+            self.close_connection = True
+            return
+        self.body()
         if type(self).put_status is None:
             self.close_connection = True
             return
@@ -262,6 +272,22 @@ class HostileReplies(unittest.TestCase):
             stderr.seek(0)
             return process.returncode, stderr.read(), usage.ru_maxrss / 1024
 
+    def test_a_write_whose_connection_is_reset_is_named_and_the_others_go_on(self):
+        """The server resets the connection of one to-do's upload before reading it (as Radicale
+        does past its size limit, and over TLS its answer is lost): that to-do is named, as the
+        server was there, and the uploads after it go through."""
+        self.serve(reset_above=10000, puts=0)
+        todos = [NEW._replace(description=b"First"), NEW._replace(notes=b"x" * 20000),
+                 NEW._replace(description=b"Last")]
+        result = self.sync(multistatus(), todos, lines=2)
+        self.assertEqual((result.returncode, Hostile.puts), (1, 3), result.stderr)
+        self.assertRegex(result.stderr.decode(), r'^pindle_sync: not sent: "New here" \(a new '
+                         r"task\): the server broke off the connection while it was being sent "
+                         r"\((Send|Recv) failure: .+\)\npindle_sync: 1 change not sent, as the "
+                         r"server refused it; the next sync tries it again\n$")
+        self.assertTrue(result.stdout.startswith(b"pindle_sync: sent 2 new,"), result.stdout)
+        self.assertEqual(len(self.folder.state()["todos"]), 2)
+
     def test_an_endless_reply_is_cut_off_in_bounded_memory(self):
         """A server that never stops sending: the sync stops reading at its 32 MiB cap, says the
         reply was too large rather than that the server could not be reached, changes nothing,
@@ -278,7 +304,6 @@ class HostileReplies(unittest.TestCase):
             b"needs; the sync stopped reading it\n")))
         self.assertEqual(folder.snapshot(), before)
         # The reply as it grows to the cap, and what the sanitizers keep of the buffer it left.
-        print("PEAK", peak, ordinary[2], file=__import__("sys").stderr)
         self.assertLess(peak, ordinary[2] + 3 * 32, f"MiB at the peak; {ordinary[2]} MiB ordinary")
 
     def test_a_batch_too_large_is_asked_again_in_halves(self):
