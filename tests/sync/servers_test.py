@@ -16,6 +16,7 @@ import sys
 import time
 import unittest
 
+import icalendar
 import sync_fixture as fx
 from sync_fixture import by_summary, todo
 
@@ -166,15 +167,20 @@ class SyncCases(ServerCase):
 
     def test_both_sides_changed_merge_by_field_or_keep_both(self):
         """Ticked done there while its notes change here: one to-do with both. The same field
-        changed on both sides: both kept. Deleted on one side, changed on the other: kept."""
-        folder = self.folder([todo(b"A", b"a"), todo(b"B", b"b"), todo(b"C", b"c"), todo(b"D")])
+        changed on both sides: both kept, unless to the same value. Deleted on one side,
+        changed on the other: kept."""
+        folder = self.folder([todo(b"A", b"a"), todo(b"B", b"b"), todo(b"C", b"c"), todo(b"D"),
+                              todo(b"E", b"e")])
         self.sync(folder)
         uid = str(by_summary(self.device)["A"]["UID"])
         self.change_there("A", SUMMARY="A on the phone")
         self.change_there("B", SUMMARY="B changed there")
         self.change_there("D", STATUS="COMPLETED")
+        self.change_there("E", DUE=icalendar.vDDDTypes(datetime.date(2031, 5, 6)))
         self.there("C").delete()
-        folder.write([todo(b"A here", b"a"), todo(b"C changed here", b"c"), todo(b"D", b"notes")])
+        moved = todo(b"E", b"e", month=5, day=6, year=2031)
+        folder.write([todo(b"A here", b"a"), todo(b"C changed here", b"c"), todo(b"D", b"notes"),
+                      moved])
         self.assertEqual(self.sync(folder, "--dry-run").stdout.decode().splitlines(), [
             'both sides changed "A here": keeping both', 'down: new "A on the phone"',
             'down: new "B changed there"', 'down: changed "D"', 'up: changed "D"',
@@ -182,13 +188,14 @@ class SyncCases(ServerCase):
         self.assertIn(b"1 merged, 1 kept twice", self.sync(folder).stdout)
         self.assertEqual(folder.todos(), [
             todo(b"A here", b"a"), todo(b"C changed here", b"c"), todo(b"D", b"notes", completed=1),
-            todo(b"A on the phone", b"a"), todo(b"B changed there", b"b")])
+            moved, todo(b"A on the phone", b"a"), todo(b"B changed there", b"b")])
         self.assertEqual(str(fx.tasks(self.device)[uid]["SUMMARY"]), "A on the phone")
         self.assertEqual({s: (str(t["DESCRIPTION"]), str(t["STATUS"]))
                           for s, t in by_summary(self.device).items()},
                          {"A here": ("a", "NEEDS-ACTION"), "A on the phone": ("a", "NEEDS-ACTION"),
                           "B changed there": ("b", "NEEDS-ACTION"), "D": ("notes", "COMPLETED"),
-                          "C changed here": ("c", "NEEDS-ACTION")})
+                          "C changed here": ("c", "NEEDS-ACTION"), "E": ("e", "NEEDS-ACTION")})
+        self.assertEqual(by_summary(self.device)["E"]["DUE"].dt, datetime.date(2031, 5, 6))
         self.assert_nothing_new(folder)
 
     def test_texts_come_back_byte_for_byte(self):
