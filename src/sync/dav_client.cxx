@@ -1,7 +1,6 @@
 // Requests through libcurl: URLs taken apart and put together by curl's URL API, never by hand.
 #include "dav_client.h"
 
-#include <algorithm>
 #include <arpa/inet.h>
 #include <cstring>
 #include <memory>
